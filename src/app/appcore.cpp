@@ -1,0 +1,128 @@
+#include "app/appcore.h"
+
+#include "app/cregister.h"
+#include "app/prompts.h"
+#include "intake/linkextraction.h"
+#include "list/linklistfile.h"
+#include "system/apppaths.h"
+
+const QString AppCore::capturePrefix = QStringLiteral(":KELDOVARPINE:");
+
+QString AppCore::designDownloadDir()
+{
+    return AppPaths::defaultDownloadDir();
+}
+
+AppCore::AppCore(Prompts *prompts, QObject *parent)
+    : QObject(parent), m_prompts(prompts), m_downloadDir(designDownloadDir())
+{
+    m_list.open();
+}
+
+AppCore::~AppCore() = default;
+
+void AppCore::setDownloadDir(const QString &dir)
+{
+    if (m_downloadDir == dir)
+        return;
+    m_downloadDir = dir;
+    emit downloadDirChanged(dir);
+}
+
+void AppCore::chooseDownloadDir(const QString &dir)
+{
+    setDownloadDir(dir);
+    Settings::save(QStringLiteral("DownDir"), dir);
+}
+
+void AppCore::setCreateSubDir(int value)
+{
+    const bool changed = m_createSubDir != value;
+    m_createSubDir = value;
+    Settings::save(QStringLiteral("CreatSubDir"), QString::number(value));
+    if (changed)
+        emit createSubDirChanged(value);
+}
+
+void AppCore::readSettings()
+{
+    setDownloadDir(Settings::get(QStringLiteral("DownDir"), designDownloadDir()));
+    const int sub = Settings::get(QStringLiteral("CreatSubDir"), QStringLiteral("0")).toInt();
+    if (sub != m_createSubDir) {
+        m_createSubDir = sub;
+        emit createSubDirChanged(sub);
+    }
+    m_startAfterCatch =
+        Settings::toBool(Settings::get(QStringLiteral("StartAfterCatch"), QStringLiteral("False")));
+    m_doNothing =
+        Settings::toBool(Settings::get(QStringLiteral("DoNothing"), QStringLiteral("True")));
+}
+
+void AppCore::parseLinks(const QString &text, bool bShowTip, bool isCommand)
+{
+    if (::parseLinks(text, bShowTip, isCommand, m_list, m_prompts) >= 0)
+        emit listRebound();
+}
+
+QString AppCore::addLinksClicked(const QString &linksText)
+{
+    parseLinks(linksText, false, false);
+    if (m_startAfterCatch)
+        startAllDownloads();
+    return LinkHint::shortText();
+}
+
+void AppCore::setCaptureText(const QString &text)
+{
+    m_captureText = text;
+    // The change handling runs for every change of the text, its own included.
+    if (m_captureText.isEmpty())
+        return;
+    const bool prefixed = m_captureText.left(14).toUpper() == capturePrefix;
+    if (!(prefixed && m_doNothing))
+        parseLinks(prefixed ? m_captureText.mid(14) : m_captureText, false, true);
+    setCaptureText(QString());
+    if (m_startAfterCatch)
+        startAllDownloads();
+}
+
+bool AppCore::isAnyDownloading() const
+{
+    return m_list.anyRowDownloading();
+}
+
+void AppCore::startAllDownloads() {}
+
+bool AppCore::saveLinkList()
+{
+    if (m_linkListPath.isEmpty())
+        m_linkListPath = AppPaths::linkListFile();
+    return LinkListFile::saveLinkList(m_list, m_linkListPath);
+}
+
+void AppCore::loadLinkList()
+{
+    if (m_linkListPath.isEmpty())
+        m_linkListPath = AppPaths::linkListFile();
+    LinkListFile::loadLinkList(m_list, m_linkListPath, m_prompts);
+    emit listRebound();
+}
+
+bool AppCore::requestClose()
+{
+    if (isAnyDownloading()) {
+        if (m_prompts)
+            m_prompts->messageBox(QStringLiteral("There is one download or more currently "
+                                                 "running, Please Stop downloading first."),
+                                  Prompts::Icon::Exclamation, Prompts::Buttons::Ok);
+        return false;
+    }
+    saveLinkList();
+    emit quitRequested();
+    return true;
+}
+
+void AppCore::saveBeforeForcedEnd()
+{
+    saveLinkList();
+}

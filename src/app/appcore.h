@@ -1,0 +1,85 @@
+#pragma once
+
+#include "list/downloadlist.h"
+
+#include <QObject>
+#include <QString>
+
+class Prompts;
+
+// The program's state and its commands, apart from any widget: the list, the
+// settings it runs on, the hand-over box and the list file. The main window
+// presents it and forwards the user's clicks to it.
+class AppCore : public QObject
+{
+    Q_OBJECT
+public:
+    // The default caption of the folder label before any setting is read.
+    static QString designDownloadDir();
+    // The capture prefix of a handed-over message.
+    static const QString capturePrefix; // ":KELDOVARPINE:"
+
+    explicit AppCore(Prompts *prompts, QObject *parent = nullptr);
+    ~AppCore() override;
+
+    DownloadList &list() { return m_list; }
+    const DownloadList &list() const { return m_list; }
+    Prompts *prompts() const { return m_prompts; }
+    void setPrompts(Prompts *prompts) { m_prompts = prompts; }
+
+    // The folder label's caption, the sub-folder box and the two capture switches.
+    QString downloadDir() const { return m_downloadDir; }
+    void setDownloadDir(const QString &dir);    // the caption only
+    void chooseDownloadDir(const QString &dir); // caption and setting DownDir
+    int createSubDir() const { return m_createSubDir; }
+    void setCreateSubDir(int value); // writes CreatSubDir
+    bool startAfterCatch() const { return m_startAfterCatch; }
+    void setStartAfterCatch(bool on) { m_startAfterCatch = on; }
+    bool doNothing() const { return m_doNothing; }
+    void setDoNothing(bool on) { m_doNothing = on; }
+    // Reads DownDir, CreatSubDir, StartAfterCatch and DoNothing with their defaults.
+    void readSettings();
+
+    // Link intake: the add button, the hand-over box, a command line.
+    void parseLinks(const QString &text, bool bShowTip, bool isCommand);
+    // The add button: takes the link box's text and gives the box's new text.
+    QString addLinksClicked(const QString &linksText);
+    // Text put into the hand-over box runs its change handling; the box is
+    // empty again afterwards.
+    void setCaptureText(const QString &text);
+    QString captureText() const { return m_captureText; }
+
+    // Queues. Until the site queues exist, no row is ever in progress.
+    bool isAnyDownloading() const;
+    void startAllDownloads();
+
+    // The list file.
+    QString linkListPath() const { return m_linkListPath; }
+    void setLinkListPath(const QString &path) { m_linkListPath = path; }
+    bool saveLinkList();
+    void loadLinkList();
+
+    // The close button: refused with a message while anything downloads,
+    // otherwise the list is saved and quitRequested() is emitted.
+    bool requestClose();
+    // The desktop session ends or the process is asked to terminate: the list
+    // is saved whatever runs.
+    void saveBeforeForcedEnd();
+
+signals:
+    // The list was walked and possibly grew: a view hides the MediaFire row again.
+    void listRebound();
+    void downloadDirChanged(const QString &dir);
+    void createSubDirChanged(int value);
+    void quitRequested();
+
+private:
+    Prompts *m_prompts;
+    DownloadList m_list;
+    QString m_downloadDir;
+    int m_createSubDir = 0;
+    bool m_startAfterCatch = false;
+    bool m_doNothing = true;
+    QString m_captureText;
+    QString m_linkListPath;
+};

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "app/prompts.h"
+
+#include <QList>
+#include <QQueue>
+#include <QString>
+
+// Records every question the core asks of a person and answers from a queue
+// (Ok or Yes when the queue is empty).
+class FakePrompts : public Prompts
+{
+public:
+    struct Message
+    {
+        QString text;
+        Icon icon;
+        Buttons buttons;
+        QString title;
+    };
+    struct Balloon
+    {
+        int kind;
+        QString text;
+        QString title;
+        int milliseconds;
+    };
+
+    Answer messageBox(const QString &text, Icon icon, Buttons buttons,
+                      const QString &title) override
+    {
+        messages.append({text, icon, buttons, title});
+        if (!answers.isEmpty())
+            return answers.dequeue();
+        return buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel ? Answer::Yes
+                                                                            : Answer::Ok;
+    }
+    void balloon(int kind, const QString &text, const QString &title, int ms) override
+    {
+        balloons.append({kind, text, title, ms});
+    }
+    QString browseForFolder(const QString &title) override
+    {
+        folderTitles.append(title);
+        return folderAnswer;
+    }
+    bool openExternal(const QString &target) override
+    {
+        opened.append(target);
+        return true;
+    }
+
+    void clear()
+    {
+        messages.clear();
+        balloons.clear();
+        folderTitles.clear();
+        opened.clear();
+    }
+
+    QList<Message> messages;
+    QList<Balloon> balloons;
+    QStringList folderTitles;
+    QStringList opened;
+    QQueue<Answer> answers;
+    QString folderAnswer;
+};
