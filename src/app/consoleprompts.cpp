@@ -1,0 +1,36 @@
+#include "app/consoleprompts.h"
+
+#include <cstdio>
+
+namespace {
+void writeLine(const QString &line)
+{
+    const QByteArray bytes = line.toUtf8();
+    std::fprintf(stderr, "%s\n", bytes.constData());
+    std::fflush(stderr);
+}
+} // namespace
+
+Prompts::Answer ConsolePrompts::messageBox(const QString &text, Icon, Buttons buttons,
+                                           const QString &title)
+{
+    writeLine(QStringLiteral("message: [%1] %2").arg(title, text));
+    return buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel ? Answer::Yes : Answer::Ok;
+}
+
+void ConsolePrompts::balloon(int, const QString &text, const QString &title, int)
+{
+    writeLine(QStringLiteral("balloon: [%1] %2").arg(title, text));
+}
+
+QString ConsolePrompts::browseForFolder(const QString &title)
+{
+    writeLine(QStringLiteral("folder: [%1] cancelled").arg(title));
+    return QString();
+}
+
+bool ConsolePrompts::openExternal(const QString &target)
+{
+    writeLine(QStringLiteral("open: %1").arg(target));
+    return false;
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "app/prompts.h"
+
+// Prompts for a run without a person at the screen (TESSALWICK_PROMPTS=console):
+// each message and balloon is written to standard error as one line and the
+// first button is taken as the answer; the folder picker is cancelled.
+class ConsolePrompts : public Prompts
+{
+public:
+    Answer messageBox(const QString &text, Icon icon, Buttons buttons,
+                      const QString &title) override;
+    void balloon(int iconKind, const QString &text, const QString &title,
+                 int milliseconds) override;
+    QString browseForFolder(const QString &title) override;
+    bool openExternal(const QString &target) override;
+};
