@@ -1,0 +1,138 @@
+#pragma once
+
+// A scripted HTTP server for tests, on 127.0.0.1 only (port 0: the system
+// picks one; read it with port()).
+//
+// Every request is parsed (method, path, headers, body by Content-Length) and
+// recorded with its exact bytes. The answer comes from the table set with
+// setAnswer()/setAnswers() for the request's path (with its query first, then
+// without), else from the handler set with setHandler(), else a 404. An
+// Answer is the exact bytes to send, optionally cut into pieces with a delay
+// before each, optionally ended early after a given byte, or kept back
+// entirely (silence). After the answer the connection is closed unless
+// keepOpen() was asked for; an open connection reads the next request.
+//
+//     TestServer server;
+//     QVERIFY(server.listen());
+//     server.setAnswer("/file.bin", TestServer::Answer::ok("payload"));
+//     server.setAnswer("/old", TestServer::Answer::redirect(302, server.url("/file.bin")));
+//     server.setAnswer("/slow", TestServer::Answer::ok(body).cutAfterHeader(50));
+//     ... server.requests().at(0).raw == "GET /file.bin HTTP/1.1\r\n..."
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QString>
+#include <QTcpServer>
+
+#include <functional>
+
+class QTcpSocket;
+
+class TestServer : public QObject
+{
+    Q_OBJECT
+public:
+    struct Request
+    {
+        QByteArray raw;    // the exact bytes received: request line, headers, body
+        QByteArray method; // "GET", "POST", ...
+        QByteArray path;   // as sent, with its query
+        QList<QPair<QByteArray, QByteArray>> headers; // in order, as sent
+        QByteArray body;
+        int connection = 0; // 1 for the first connection accepted, and so on
+
+        // The first header of that name (any case), or a null array.
+        QByteArray header(const QByteArray &name) const;
+        // The path without its query, and one value of the query or of a
+        // form-encoded body (not decoded).
+        QByteArray pathOnly() const;
+        QByteArray queryValue(const QByteArray &key) const;
+        QByteArray formValue(const QByteArray &key) const;
+    };
+
+    struct Answer
+    {
+        QByteArray bytes;       // everything to send, status line included
+        QList<qint64> cuts;     // byte offsets where a new piece begins
+        QList<int> delays;      // delay in ms before each piece (index 0: the first)
+        qint64 closeAt = -1;    // close after this many bytes; -1: after all
+        bool silent = false;    // send nothing, keep the connection open
+        bool keepAlive = false; // keep the connection open after the answer
+
+        // "HTTP/1.1 <code> <reason>", the headers exactly in the given order,
+        // an empty line and the body. Nothing is added.
+        static Answer http(int code, const QByteArray &reason,
+                           const QList<QPair<QByteArray, QByteArray>> &headers,
+                           const QByteArray &body = QByteArray());
+        // 200 OK with Content-Length, Content-Type and Connection: close.
+        static Answer ok(const QByteArray &body,
+                         const QByteArray &contentType = "application/octet-stream");
+        // A status other than 200 with a short HTML body.
+        static Answer status(int code, const QByteArray &reason,
+                             const QByteArray &body = "<html>error</html>");
+        // 302 Found or 303 See Other (any code) with a Location line.
+        static Answer redirect(int code, const QString &location);
+        static Answer raw(const QByteArray &bytes);
+        static Answer silence();
+
+        // Sends the header (up to and with the empty line) and the body as
+        // two pieces, `delayMs` apart.
+        Answer &cutAfterHeader(int delayMs = 50);
+        // Cuts at these offsets, each piece after `delayMs`.
+        Answer &cutAt(const QList<qint64> &offsets, int delayMs = 50);
+        // Cuts into pieces of `size` bytes, each after `delayMs`.
+        Answer &cutEvery(qint64 size, int delayMs = 50);
+        // Closes the connection after `bytes` bytes of the answer.
+        Answer &closeAfter(qint64 bytes);
+        // Leaves the connection open after the answer.
+        Answer &keepOpen();
+        // Waits `delayMs` before the first byte.
+        Answer &delayFirst(int delayMs);
+    };
+
+    using Handler = std::function<Answer(const Request &)>;
+
+    explicit TestServer(QObject *parent = nullptr);
+    ~TestServer() override;
+
+    bool listen(); // 127.0.0.1, a free port
+    quint16 port() const;
+    QString hostPort() const;               // "127.0.0.1:<port>"
+    QString url(const QString &path) const; // "http://127.0.0.1:<port><path>"
+
+    // The answer to every request for `path`.
+    void setAnswer(const QByteArray &path, const Answer &answer);
+    // Successive requests for `path` get these answers in turn; the last one
+    // stays for any further request.
+    void setAnswers(const QByteArray &path, const QList<Answer> &answers);
+    void setHandler(Handler handler);
+
+    QList<Request> requests() const { return m_requests; }
+    int connectionCount() const { return m_connections; }
+    // Connections that the client closed, or that failed on its side.
+    int closedByClient() const { return m_closedByClient; }
+    // Pumps the event loop until `count` requests have come, or the time is up.
+    bool waitForRequests(int count, int timeoutMs = 5000);
+
+signals:
+    void requestReceived(const TestServer::Request &request);
+
+private:
+    void onNewConnection();
+    void onReadyRead(QTcpSocket *socket);
+    void answer(QTcpSocket *socket, const Request &request);
+    void sendPiece(QTcpSocket *socket, Answer answer, int piece);
+    Answer answerFor(const Request &request);
+
+    QTcpServer m_server;
+    QHash<QByteArray, QList<Answer>> m_table;
+    Handler m_handler;
+    QList<Request> m_requests;
+    QHash<QTcpSocket *, QByteArray> m_buffers;
+    QHash<QTcpSocket *, int> m_connectionNumbers;
+    QHash<QTcpSocket *, bool> m_busy;
+    int m_connections = 0;
+    int m_closedByClient = 0;
+};
