@@ -1,0 +1,96 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QColor>
+#include <QLabel>
+#include <QPlainTextEdit>
+
+// A flat button painted in the window's own look: a back colour that turns to
+// the hover colour under the pointer and to the pressed colour while held, a
+// drawn glyph and an optional caption beneath it.
+class SkinButton : public QAbstractButton
+{
+    Q_OBJECT
+public:
+    enum class Glyph {
+        None,
+        Help,
+        About,
+        Tray,
+        Minimize,
+        Close,
+        Options,
+        Update,
+        Add,
+        Up,
+        Down,
+        Remove,
+        ClearList,
+        ClearComplete,
+        ClearError,
+        Redownload,
+    };
+    struct Colours
+    {
+        QColor back, hover, pressed, disabled, text;
+    };
+    // The small buttons of the title strip and the grey buttons of the foot.
+    static Colours titleColours();
+    static Colours greyColours();
+    static Colours bigColours();
+
+    SkinButton(const QString &name, Glyph glyph, const Colours &colours, QWidget *parent);
+
+    QSize sizeHint() const override { return size(); }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+
+private:
+    void drawGlyph(QPainter &p, const QRectF &box, const QColor &ink) const;
+
+    Glyph m_glyph;
+    Colours m_colours;
+    bool m_hover = false;
+};
+
+// A label that reports a click, as the window's caption labels do.
+class ClickLabel : public QLabel
+{
+    Q_OBJECT
+public:
+    ClickLabel(const QString &name, const QString &text, QWidget *parent);
+
+signals:
+    void clicked();
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    bool m_pressed = false;
+};
+
+// The link box. Its text, as the program reads and writes it, separates lines
+// with CR LF; the editor itself keeps plain line feeds. While it holds the
+// instruction text, taking the focus empties it; losing the focus while it
+// holds nothing but blanks puts the instruction back.
+class LinkTextBox : public QPlainTextEdit
+{
+    Q_OBJECT
+public:
+    LinkTextBox(const QString &name, QWidget *parent);
+
+    QString text() const;
+    void setText(const QString &text);
+
+protected:
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+
+private:
+    static bool movesWithinWindow(const QFocusEvent *event);
+};
