@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+
+// Text search as the recipes scrape pages: positions count from 1, 0 means
+// "not found", searches ignore case. An impossible position or length is a
+// run-time failure (ListFailure "Invalid procedure call or argument"), which
+// the recipe's guard turns into its outcome.
+namespace TextPos {
+
+// The first `what` in `text` at or after `start`; 0 when there is none or
+// `start` lies behind the text. An empty `what` is found at `start`.
+// Throws for a start before 1.
+int find(const QString &text, const QString &what, int start = 1);
+
+// The last `what` that ends at or before `start` (-1: the end of the text);
+// 0 when there is none or `start` lies behind the text. An empty `what` is
+// found at `start`. Throws for a start of 0 or below -1.
+int findBack(const QString &text, const QString &what, int start = -1);
+
+// True where `what` occurs anywhere in `text`, ignoring case.
+bool contains(const QString &text, const QString &what);
+
+// `length` characters beginning at `start`, fewer where the text ends first.
+// Throws for a start before 1 or a negative length.
+QString span(const QString &text, int start, int length);
+// Everything from `start` on. Throws for a start before 1.
+QString spanToEnd(const QString &text, int start);
+
+// Reads as a number: blanks around it, an optional sign, digits with at most
+// one decimal point, an optional exponent. " 3" and "123 " do, " " and "3 4"
+// don't.
+bool isNumeric(const QString &text);
+// The value of a text for which isNumeric() holds; throws otherwise
+// ("Type mismatch").
+double toNumber(const QString &text);
+
+} // namespace TextPos
