@@ -4,6 +4,7 @@
 #include "app/prompts.h"
 #include "intake/linkextraction.h"
 #include "list/linklistfile.h"
+#include "resolvers/rapidshare.h"
 #include "system/apppaths.h"
 
 const QString AppCore::capturePrefix = QStringLiteral(":KELDOVARPINE:");
@@ -14,9 +15,14 @@ QString AppCore::designDownloadDir()
 }
 
 AppCore::AppCore(Prompts *prompts, QObject *parent)
-    : QObject(parent), m_prompts(prompts), m_downloadDir(designDownloadDir())
+    : QObject(parent), m_prompts(prompts), m_queues(m_list, prompts),
+      m_downloadDir(designDownloadDir())
 {
     m_list.open();
+    const FolderSettings folder{[this] { return downloadDir(); },
+                                [this] { return createSubDir(); }};
+    m_queues.setResolver(Sites::RapidShare, std::make_unique<RapidShareResolver>(folder));
+    connect(&m_queues, &SiteQueues::queueRanOut, this, &AppCore::queueRanOut);
 }
 
 AppCore::~AppCore() = default;
@@ -64,12 +70,14 @@ void AppCore::parseLinks(const QString &text, bool bShowTip, bool isCommand)
         emit listRebound();
 }
 
-QString AppCore::addLinksClicked(const QString &linksText)
+void AppCore::addLinksClicked(const QString &linksText,
+                              const std::function<void(const QString &)> &setLinksText)
 {
     parseLinks(linksText, false, false);
+    if (setLinksText)
+        setLinksText(LinkHint::shortText());
     if (m_startAfterCatch)
         startAllDownloads();
-    return LinkHint::shortText();
 }
 
 void AppCore::setCaptureText(const QString &text)
@@ -88,10 +96,38 @@ void AppCore::setCaptureText(const QString &text)
 
 bool AppCore::isAnyDownloading() const
 {
-    return m_list.anyRowDownloading();
+    return m_queues.isAnyDownloading();
 }
 
-void AppCore::startAllDownloads() {}
+void AppCore::startAllDownloads()
+{
+    ignoreFailure([this] { m_queues.startAllDownloads(); });
+}
+
+void AppCore::stopAllDownloads()
+{
+    ignoreFailure([this] { m_queues.stopAllDownloads(); });
+}
+
+void AppCore::startDownloadClicked()
+{
+    ignoreFailure([this] { m_queues.startDownloadClicked(); });
+}
+
+void AppCore::stopDownloadClicked()
+{
+    ignoreFailure([this] { m_queues.stopDownloadClicked(); });
+}
+
+void AppCore::startSite(int site)
+{
+    ignoreFailure([this, site] { m_queues.startDownloadLinks(site, true); });
+}
+
+void AppCore::stopSite(int site)
+{
+    ignoreFailure([this, site] { m_queues.stopDownloads(site); });
+}
 
 bool AppCore::saveLinkList()
 {

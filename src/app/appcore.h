@@ -1,9 +1,12 @@
 #pragma once
 
 #include "list/downloadlist.h"
+#include "scheduling/sitequeues.h"
 
 #include <QObject>
 #include <QString>
+
+#include <functional>
 
 class Prompts;
 
@@ -42,16 +45,26 @@ public:
 
     // Link intake: the add button, the hand-over box, a command line.
     void parseLinks(const QString &text, bool bShowTip, bool isCommand);
-    // The add button: takes the link box's text and gives the box's new text.
-    QString addLinksClicked(const QString &linksText);
+    // The add button: takes the link box's text, puts the short hint into the
+    // box through setLinksText, then starts all downloads if StartAfterCatch
+    // is on (the box already shows the hint while the starts run).
+    void addLinksClicked(const QString &linksText,
+                         const std::function<void(const QString &)> &setLinksText);
     // Text put into the hand-over box runs its change handling; the box is
     // empty again afterwards.
     void setCaptureText(const QString &text);
     QString captureText() const { return m_captureText; }
 
-    // Queues. Until the site queues exist, no row is ever in progress.
+    // Queues. A failure that escapes a start or a stop (a recipe without a
+    // guard of its own) ends that command and nothing else.
+    SiteQueues &queues() { return m_queues; }
     bool isAnyDownloading() const;
     void startAllDownloads();
+    void stopAllDownloads();
+    void startDownloadClicked();
+    void stopDownloadClicked();
+    void startSite(int site);
+    void stopSite(int site);
 
     // The list file.
     QString linkListPath() const { return m_linkListPath; }
@@ -72,10 +85,14 @@ signals:
     void downloadDirChanged(const QString &dir);
     void createSubDirChanged(int value);
     void quitRequested();
+    // A site's queue ran out of rows: where a shutdown after all downloads is
+    // decided.
+    void queueRanOut(int site);
 
 private:
     Prompts *m_prompts;
     DownloadList m_list;
+    SiteQueues m_queues;
     QString m_downloadDir;
     int m_createSubDir = 0;
     bool m_startAfterCatch = false;

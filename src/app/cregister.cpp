@@ -75,6 +75,14 @@ bool isAutostartValue(const QString &section, const QString &sKey)
            sKey.compare(Settings::sAppKeyName, Qt::CaseInsensitive) == 0;
 }
 
+// A key path may not begin or end with a separator nor hold an empty name,
+// as a registry key's may not; such a section is a failure.
+bool validSection(const QString &section)
+{
+    return !section.startsWith('\\') && !section.endsWith('\\') &&
+           !section.contains(QLatin1String("\\\\"));
+}
+
 std::unique_ptr<QSettings> openStore(quint32 root)
 {
     const QString name = rootName(root);
@@ -149,7 +157,7 @@ QString CRegister::regGetSetting(quint32 regHKEY, const QString &sSection, const
     if (regHKEY == HKEY_LOCAL_MACHINE && isAutostartValue(section, sKey)) {
         value = readAutostart();
     } else {
-        auto store = openStore(regHKEY);
+        auto store = validSection(section) ? openStore(regHKEY) : nullptr;
         if (!store || store->status() != QSettings::NoError)
             return sDefault;
         value = store->value(settingsPath(section, sKey)).toString();
@@ -163,7 +171,7 @@ bool CRegister::regSaveSetting(quint32 regHKEY, const QString &sSection, const Q
     const QString section = normalisedSection(sSection);
     if (regHKEY == HKEY_LOCAL_MACHINE && isAutostartValue(section, sKey))
         return writeAutostart(sValue);
-    auto store = openStore(regHKEY);
+    auto store = validSection(section) ? openStore(regHKEY) : nullptr;
     if (!store)
         return false;
     QDir().mkpath(storeFolder());
@@ -194,6 +202,8 @@ bool CRegister::regDeleteSetting(quint32 regHKEY, const QString &sSection,
     const QString section = normalisedSection(sSection);
     if (regHKEY == HKEY_LOCAL_MACHINE && isAutostartValue(section, sKey))
         return QFile::remove(autostartFile());
+    if (!validSection(section))
+        return false;
     const QString path = settingsPath(section, sKey);
     if (!store->contains(path) || !store->isWritable())
         return false;

@@ -197,9 +197,11 @@ void SiteQueues::stopDownloads(int site)
 
 void SiteQueues::startAllDownloads()
 {
+    // A failure that escapes one site's start (a recipe without a guard of
+    // its own) ends that site's start only; the other sites still begin.
     for (int site : SiteTable::startAllOrder()) {
         if (SiteTable::traits(site).inAllCommands && !isDownloading(site))
-            startDownloadLinks(site, true);
+            ignoreFailure([&] { startDownloadLinks(site, true); });
     }
 }
 

@@ -46,26 +46,26 @@ void TestSettings::sectionNormalising_data()
 {
     QTest::addColumn<QString>("written");
     QTest::addColumn<QString>("read");
+    QTest::addColumn<bool>("saved");
     QTest::addColumn<bool>("same");
-    QTest::newRow("leading") << "\\SOFTWARE\\App"
-                             << "SOFTWARE\\App" << true;
-    QTest::newRow("trailing") << "SOFTWARE\\App\\"
-                              << "SOFTWARE\\App" << true;
-    QTest::newRow("both") << "\\SOFTWARE\\App\\"
-                          << "SOFTWARE\\App" << true;
-    QTest::newRow("only one of each goes") << "\\\\SOFTWARE\\App"
-                                           << "SOFTWARE\\App" << false;
-    QTest::newRow("other section") << "SOFTWARE\\App"
-                                   << "SOFTWARE\\Other" << false;
+    QTest::newRow("leading") << "\\SOFTWARE\\App" << "SOFTWARE\\App" << true << true;
+    QTest::newRow("trailing") << "SOFTWARE\\App\\" << "SOFTWARE\\App" << true << true;
+    QTest::newRow("both") << "\\SOFTWARE\\App\\" << "SOFTWARE\\App" << true << true;
+    // Only one separator goes at each end; the name left is no valid key.
+    QTest::newRow("only one of each goes") << "\\\\SOFTWARE\\App" << "SOFTWARE\\App" << false
+                                           << false;
+    QTest::newRow("empty name inside") << "SOFTWARE\\\\App" << "SOFTWARE\\App" << false << false;
+    QTest::newRow("other section") << "SOFTWARE\\App" << "SOFTWARE\\Other" << true << false;
 }
 
 void TestSettings::sectionNormalising()
 {
     QFETCH(QString, written);
     QFETCH(QString, read);
+    QFETCH(bool, saved);
     QFETCH(bool, same);
     CRegister reg;
-    QVERIFY(reg.regSaveSetting(HKLM, written, "Value", "stored"));
+    QCOMPARE(reg.regSaveSetting(HKLM, written, "Value", "stored"), saved);
     QCOMPARE(reg.regGetSetting(HKLM, read, "Value", "none"),
              same ? QString("stored") : QString("none"));
 }
