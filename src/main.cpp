@@ -25,6 +25,13 @@ int main(int argc, char *argv[])
         prompts = &consolePrompts;
 
     AppCore core(prompts);
+    // A log-out or a termination request never loses the list. Watched from
+    // the start, so a request during start-up is served once the loop runs.
+    TerminationWatcher termination;
+    QObject::connect(&termination, &TerminationWatcher::terminationRequested, &app, [&] {
+        core.saveBeforeForcedEnd();
+        QCoreApplication::exit(0);
+    });
     Startup startup(core);
     std::unique_ptr<MainWindow> window;
     auto initMainWindow = [&] {
@@ -41,12 +48,6 @@ int main(int argc, char *argv[])
 
     QObject::connect(&core, &AppCore::quitRequested, &app, &QApplication::quit);
 
-    // A log-out or a termination request never loses the list.
-    TerminationWatcher termination;
-    QObject::connect(&termination, &TerminationWatcher::terminationRequested, &app, [&] {
-        core.saveBeforeForcedEnd();
-        app.quit();
-    });
     QObject::connect(&app, &QGuiApplication::commitDataRequest, &app,
                      [&](QSessionManager &) { core.saveBeforeForcedEnd(); });
 

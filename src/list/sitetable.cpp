@@ -53,9 +53,9 @@ void SiteHosts::setHost(const QString &key, const QString &host)
     m_hosts.insert(key.toLower(), host);
 }
 
-void SiteHosts::applyOverrides(const QString &spec)
+void SiteHosts::applyOverrides(const QString &overrides)
 {
-    const QStringList entries = spec.split(',', Qt::SkipEmptyParts);
+    const QStringList entries = overrides.split(',', Qt::SkipEmptyParts);
     for (const QString &entry : entries) {
         const qsizetype eq = entry.indexOf('=');
         if (eq <= 0)

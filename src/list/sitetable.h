@@ -42,7 +42,7 @@ public:
     QString host(const QString &key) const;
     void setHost(const QString &key, const QString &host);
     // "youtube=127.0.0.1:8081,mediafire=127.0.0.1:8082"; unknown keys are added.
-    void applyOverrides(const QString &spec);
+    void applyOverrides(const QString &overrides);
     // Back to the built-in table, then the environment's overrides.
     void reset();
 
