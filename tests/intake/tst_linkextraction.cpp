@@ -35,429 +35,376 @@ class TestLinkExtraction : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void cleanup();
 
-    void classify_data();
-    void classify();
-    void siteHostsDecideLiterals_data();
-    void siteHostsDecideLiterals();
+    void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
 
-    void parseLinks_data();
-    void parseLinks();
-    void duplicatesAcrossPastesAndSites();
-    void addedRowsKeepTheWordAsWritten();
-    void countIsNotLimitedTo16Bits();
+    void cleanup() { SiteHosts::instance().reset(); }
 
-    void hintForms_data();
-    void hintForms();
-    void holdsHint_data();
-    void holdsHint();
+    void classify_data()
+    {
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<int>("site");
+        auto row = [](const char *name, const QString &word, int site) {
+            QTest::newRow(name) << word << site;
+        };
+
+        // Each recognised site.
+        row("rapidshare", "http://rapidshare.com/files/123/a.zip", 1);
+        row("youtube", "http://www.youtube.com/watch?v=abc123", 2);
+        row("megaupload", "http://www.megaupload.com/?d=ABCDEF", 3);
+        row("4shared", "http://www.4shared.com/file/1234/setup.html", 4);
+        row("depositfiles", "http://depositfiles.com/files/xyz", 6);
+        row("hotfile", "http://hotfile.com/dl/1/ab/movie.rar.html", 7);
+        row("filefactory", "http://www.filefactory.com/file/a1b2/n/data.zip", 8);
+
+        // Excluded and required fragments, in the path.
+        row("rapidshare upload progress", "http://rapidshare.com/progress.html?uploadid=77", 0);
+        row("youtube search", "http://www.youtube.com/results?search_query=watch?x", 0);
+        row("youtube legacy signin", "http://www.youtube.com/action_handle_legacy_signin?watch?v=1",
+            0);
+        row("youtube adsense", "http://www.youtube.com/adsense_script.html?watch?v=1", 0);
+        row("youtube without watch", "http://www.youtube.com/user/someone", 0);
+        row("megaupload mc.php", "http://www.megaupload.com/mc.php?l=5", 0);
+        row("4shared banners", "http://www.4shared.com/advertise/banners/1.gif", 0);
+        row("4shared zoneid", "http://www.4shared.com/www/delivery/afr.php?zoneid=3", 0);
+
+        row("4shared zoneid other", "http://www.4shared.com/www/delivery/afr.php?zone", 4);
+        row("4shared progress bar", "http://www.4shared.com/main/frameAnonUploadProgressBar.jsp?x",
+            0);
+        row("filefactory upload", "http://www.filefactory.com/upload/form", 0);
+        row("filefactory ads", "http://www.filefactory.com/ads/box.html", 0);
+        row("filefactory ads as tail", "http://www.filefactory.com/file/downloads/x", 0);
+        row("filefactory upload as tail", "http://www.filefactory.com/file/reupload/x", 0);
+        row("filefactory premium", "http://www.filefactory.com/premium/index.php?a=1", 0);
+        row("filefactory takeover", "http://www.filefactory.com/takeoverad.html?f=1", 0);
+        // Fragments count only behind the first "/": before it they decide nothing.
+        row("excluded fragment before the path", "progress.html?uploadid.rapidshare.com/files/1",
+            1);
+        row("required fragment before the path", "watch?.youtube.com/user/x", 0);
+
+        // MediaFire is never recognised.
+        row("mediafire", "http://www.mediafire.com/?abc123def", 0);
+
+        // Without a scheme, in capitals, with a tab in front.
+        row("no scheme", "rapidshare.com/files/1/a.zip", 1);
+
+        row("capitals", "HTTP://WWW.RAPIDSHARE.COM/FILES/1/A.ZIP", 1);
+
+        row("tab in front", "\thttp://hotfile.com/dl/1/x", 7);
+        row("blanks around", "   http://hotfile.com/dl/1/x  ", 7);
+
+        // A lone LF joins two links into one word, decided by the table's order.
+        row("lone LF", "http://hotfile.com/dl/1/a\nhttp://rapidshare.com/files/2", 1);
+        row("lone CR", "http://hotfile.com/dl/1/a\rhttp://megaupload.com/?d=2", 3);
+
+        // The path must have at least 2 characters.
+        row("root", "http://rapidshare.com/", 0);
+        row("root with 1 character", "http://rapidshare.com/x", 0);
+        row("root with 2 characters", "http://rapidshare.com/xy", 1);
+
+        row("no slash at all", "rapidshare.com", 0);
+        row("shorter than 5", "a.b/", 0);
+
+        // The first row whose literal occurs decides alone.
+        row("rapidshare inside youtube",
+            "http://www.youtube.com/watch?v=1&u=rapidshare.com/files/9", 1);
+
+        row("refused by first row, no fall-through",
+            "http://rapidshare.com/progress.html?uploadid=1&next=hotfile.com/dl/1", 0);
+        row("youtube refuses, hotfile not tried", "http://www.youtube.com/user/x?hotfile.com/dl/1",
+            0);
+
+        // Other schemes are left in place: the path starts at the scheme's "/".
+        row("ftp", "ftp://rapidshare.com/files/1/a.zip", 1);
+        row("ftp short root", "ftp://hotfile.com/a", 7);
+        row("https", "https://www.youtube.com/watch?v=1", 2);
+        row("ftp youtube watch", "ftp://youtube.com/user/x", 0);
+
+        // Schemes are removed wherever they stand.
+        row("embedded scheme", "x=http://www.hotfile.com/a", 0);
+        // "http://www." goes first, and what its removal joins is removed as "http://".
+        row("schemes removed in order", "hthttp://www.tp://hotfile.com/a", 0);
+        row("redirect", "http://www.example.org/go?u=http://rapidshare.com/files/1", 1);
+
+        // Foreign words.
+        row("foreign link", "http://www.example.org/page/1.html", 0);
+        row("literal without slash", "visit-rapidshare.com-today", 0);
+        row("host lookalike", "http://rapidshare.co/files/1", 0);
+    }
+
+    void classify()
+    {
+        QFETCH(QString, word);
+        QFETCH(int, site);
+        QCOMPARE(classifyLink(word), site);
+    }
+
+    void siteHostsDecideLiterals_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<int>("site");
+        auto row = [](const char *name, const char *key, const char *host, const char *word,
+                      int site) {
+            QTest::newRow(name) << QString(key) << QString(host) << QString(word) << site;
+        };
+
+        row("local hotfile", "hotfile", "127.0.0.1:8123", "http://127.0.0.1:8123/dl/1/x", 7);
+        row("old host dropped", "hotfile", "127.0.0.1:8123", "http://hotfile.com/dl/1/x", 0);
+        row("other port", "hotfile", "127.0.0.1:8123", "http://127.0.0.1:8124/dl/1/x", 0);
+        row("local youtube still needs watch", "youtube", "127.0.0.1:9000",
+            "http://127.0.0.1:9000/user/x", 0);
+        row("local youtube watch", "youtube", "127.0.0.1:9000", "http://127.0.0.1:9000/watch?v=1",
+            2);
+        row("host with www and capitals", "rapidshare", "WWW.RapidShare.Example",
+            "http://rapidshare.example/files/1", 1);
+        // With a one-letter host the word's length limit is what decides.
+        row("short host, 4 characters", "hotfile", "h", "h/ab", 0);
+        row("short host, 5 characters", "hotfile", "h", "h/abc", 7);
+        row("mediafire pointed locally", "mediafire", "127.0.0.1:7000",
+            "http://127.0.0.1:7000/?abc", 0);
+    }
+
+    void siteHostsDecideLiterals()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, host);
+        QFETCH(QString, word);
+        QFETCH(int, site);
+        SiteHosts::instance().setHost(key, host);
+        QCOMPARE(classifyLink(word), site);
+
+        // The same through a paste.
+        DownloadList list;
+        list.open();
+        FakePrompts prompts;
+        QCOMPARE(::parseLinks(word + "\r\nand more", false, false, list, &prompts), site ? 1 : 0);
+        QCOMPARE(rowsOf(list),
+                 site ? QStringList{QString::number(site) + u'|' + word} : QStringList{});
+    }
+
+    void parseLinks_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("result");
+        QTest::addColumn<QString>("balloon");
+        QTest::addColumn<QStringList>("rows");
+        auto row = [](const char *name, const QString &text, int result, const QString &balloon,
+                      const QStringList &rows) {
+            QTest::newRow(name) << text << result << balloon << rows;
+        };
+
+        const QString rs = QStringLiteral("http://rapidshare.com/files/1/a.zip");
+        const QString hf = QStringLiteral("http://hotfile.com/dl/2/b/c.rar.html");
+        const QString yt = QStringLiteral("http://www.youtube.com/watch?v=q1");
+
+        row("empty", "", -1, "", {});
+        row("abcd", "abcd", -1, "", {});
+        row("blanks", "          ", -1, "", {});
+        row("short link", "a/bc", -1, "", {});
+        // Only blanks count as empty; five characters of line breaks are looked at.
+        row("line breaks", "\r\n\r\n\t", 0, "", {});
+        row("ordinary text", "a page of ordinary text without a single site literal", 0, "", {});
+        row("mediafire only", "http://www.mediafire.com/?abc123", 0, "", {});
+        row("one link", rs, 1, "1 Link Added", {"1|" + rs});
+        row("three lines", rs + "\r\n" + hf + "\r\n" + yt, 3, "3 Links Added",
+            {"1|" + rs, "2|" + yt, "7|" + hf});
+        row("a page",
+            "<p>Mirrors: " + hf + " and " + rs +
+                " <br>\r\n<a href=\"#\">more</a> http://www.mediafire.com/?x",
+            2, "2 Links Added", {"1|" + rs, "7|" + hf});
+        row("runs of blanks", "   " + rs + "     " + hf + "   ", 2, "2 Links Added",
+            {"1|" + rs, "7|" + hf});
+        row("duplicates in one paste", rs + " " + rs + "\r\n" + rs.toUpper(), 1, "1 Link Added",
+            {"1|" + rs});
+        row("lone LF joins", hf + "\n" + rs, 1, "1 Link Added", {"1|" + hf + "\n" + rs});
+        row("lone CR joins", rs + "\r" + hf, 1, "1 Link Added", {"1|" + rs + "\r" + hf});
+        row("LF CR does not cut", hf + "\n\r" + rs, 1, "1 Link Added", {"1|" + hf + "\n\r" + rs});
+        row("quoted attribute", "<a href=\"" + hf + "\">file</a>", 1, "1 Link Added",
+            {"7|href=\"" + hf + "\">file</a>"});
+    }
+
+    void parseLinks()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, result);
+        QFETCH(QString, balloon);
+        QFETCH(QStringList, rows);
+
+        // bShowTip changes nothing; only the user's own paste hears of no links.
+        for (bool isCommand : {false, true}) {
+            for (bool showTip : {false, true}) {
+                DownloadList list;
+                list.open();
+                FakePrompts prompts;
+                QCOMPARE(::parseLinks(text, showTip, isCommand, list, &prompts), result);
+                QCOMPARE(rowsOf(list), rows);
+
+                const bool message = result == -1 && !isCommand;
+                QCOMPARE(prompts.messages.size(), message ? 1 : 0);
+                if (message) {
+                    const FakePrompts::Message &m = prompts.messages.first();
+                    QCOMPARE(m.text, QStringLiteral("No Supported links Found."));
+                    QCOMPARE(m.icon, Prompts::Icon::Exclamation);
+                    QCOMPARE(m.buttons, Prompts::Buttons::Ok);
+                    QCOMPARE(m.title, QStringLiteral("Tessalwick"));
+                }
+                QCOMPARE(prompts.balloons.size(), balloon.isEmpty() ? 0 : 1);
+                if (!balloon.isEmpty()) {
+                    const FakePrompts::Balloon &b = prompts.balloons.first();
+                    QCOMPARE(b.kind, 1);
+                    QCOMPARE(b.text, balloon);
+                    QCOMPARE(b.title, QStringLiteral("Tessalwick"));
+                    QCOMPARE(b.milliseconds, 5000);
+                }
+            }
+        }
+    }
+
+    void duplicatesAcrossPastesAndSites()
+    {
+        DownloadList list;
+        list.open();
+        FakePrompts prompts;
+        const QString hf = QStringLiteral("http://hotfile.com/dl/5/x/y.zip.html");
+        const QString rs = QStringLiteral("http://rapidshare.com/files/5/y.zip");
+
+        QCOMPARE(::parseLinks(hf + " " + rs, false, false, list, &prompts), 2);
+        // Pasting the same links again, one of them in other capitals, with one new.
+        const QString ff = QStringLiteral("http://www.filefactory.com/file/abc/n/y.zip");
+        prompts.clear();
+        QCOMPARE(
+            ::parseLinks(hf.toUpper() + "\r\n" + rs + "\r\n" + ff, false, false, list, &prompts),
+            1);
+        QCOMPARE(prompts.balloons.size(), 1);
+        QCOMPARE(prompts.balloons.first().text, QStringLiteral("1 Link Added"));
+        // Nothing new at all: silence.
+        prompts.clear();
+        QCOMPARE(::parseLinks(rs + " " + ff, false, false, list, &prompts), 0);
+        QVERIFY(prompts.balloons.isEmpty());
+        QVERIFY(prompts.messages.isEmpty());
+        QCOMPARE(rowsOf(list), (QStringList{"1|" + rs, "7|" + hf, "8|" + ff}));
+
+        // The duplicate rule is per site: the same text held by another site is new here.
+        const QString dep = QStringLiteral("http://depositfiles.com/files/q9");
+        QVERIFY(list.addLinkToList(dep, 1, &prompts));
+        prompts.clear();
+        QCOMPARE(::parseLinks(dep, false, false, list, &prompts), 1);
+        QCOMPARE(list.childCount(1), 2);
+        QCOMPARE(list.childCount(6), 1);
+        QCOMPARE(list.childAt(6, 0)->values[int(Field::LinkURL)], dep);
+    }
+
+    void addedRowsKeepTheWordAsWritten()
+    {
+        DownloadList list;
+        list.open();
+        FakePrompts prompts;
+        const QString text = QStringLiteral(
+            "\tHTTP://WWW.HOTFILE.COM/DL/1/A/B.RAR.HTML  rapidshare.com/files/7/c.zip\r\n"
+            "ftp://megaupload.com/?d=QQ");
+        QCOMPARE(::parseLinks(text, false, false, list, &prompts), 3);
+        QCOMPARE(rowsOf(list),
+                 (QStringList{"1|rapidshare.com/files/7/c.zip", "3|ftp://megaupload.com/?d=QQ",
+                              "7|\tHTTP://WWW.HOTFILE.COM/DL/1/A/B.RAR.HTML"}));
+        for (int site : {1, 3, 7}) {
+            const LinkRow *row = list.childAt(site, 0);
+            QCOMPARE(row->values[int(Field::Status)], QStringLiteral("Waiting"));
+            QCOMPARE(row->values[int(Field::ItemID)], QString::number(site));
+        }
+        QCOMPARE(list.childCount(5), 0);
+    }
+
+    void countIsNotLimitedTo16Bits()
+    {
+        const int total = 33000;
+        const char *const patterns[] = {"rapidshare.com/files/%1/a", "www.youtube.com/watch?v=%1",
+                                        "megaupload.com/?d=%1",      "4shared.com/file/%1",
+                                        "depositfiles.com/files/%1", "hotfile.com/dl/%1",
+                                        "filefactory.com/file/%1"};
+        QStringList words;
+        for (int i = 0; i < total; ++i)
+            words << QString::fromLatin1(patterns[i % 7]).arg(i);
+        DownloadList list;
+        list.open();
+        FakePrompts prompts;
+        QCOMPARE(::parseLinks(words.join(QStringLiteral("\r\n")), false, false, list, &prompts),
+                 total);
+        QCOMPARE(prompts.balloons.size(), 1);
+        QCOMPARE(prompts.balloons.first().text, QStringLiteral("33000 Links Added"));
+        int rows = 0;
+        for (int site = 1; site <= Sites::Count; ++site)
+            rows += list.childCount(site);
+        QCOMPARE(rows, total);
+    }
+
+    void hintForms_data()
+    {
+        QTest::addColumn<int>("form");
+        QTest::addColumn<int>("lead");
+        QTest::addColumn<int>("between");
+        QTest::addColumn<bool>("breakBetween");
+        QTest::addColumn<int>("secondLead");
+        QTest::addColumn<bool>("breakAtEnd");
+
+        QTest::newRow("at start-up") << 0 << 15 << 14 << true << 39 << true;
+        QTest::newRow("after the add button") << 1 << 9 << 59 << false << 0 << false;
+        QTest::newRow("after losing the focus") << 2 << 9 << 59 << false << 0 << true;
+    }
+
+    void hintForms()
+    {
+        QFETCH(int, form);
+        QFETCH(int, lead);
+        QFETCH(int, between);
+        QFETCH(bool, breakBetween);
+        QFETCH(int, secondLead);
+        QFETCH(bool, breakAtEnd);
+
+        const QString text = form == 0   ? LinkHint::designText()
+                             : form == 1 ? LinkHint::shortText()
+                                         : LinkHint::lostFocusText();
+        static const QRegularExpression shape(QStringLiteral(
+            "\\A( *)(Type[^\\r\\n]*links\\.)( *)(\\r\\n)?( *)(Also[^\\r\\n]*options\\.)"
+            "(\\r\\n)?\\z"));
+        const QRegularExpressionMatch m = shape.match(text);
+        QVERIFY2(m.hasMatch(), qPrintable(text));
+        QVERIFY(LinkHint::holdsHint(text));
+        QCOMPARE(m.capturedLength(1), lead);
+        QCOMPARE(m.captured(2), kFirstSentence);
+        QCOMPARE(m.capturedLength(3), between);
+        QCOMPARE(m.capturedLength(4) > 0, breakBetween);
+        QCOMPARE(m.captured(6), kSecondSentence);
+        QCOMPARE(m.capturedLength(7) > 0, breakAtEnd);
+        QCOMPARE(text.count(u' ') - kFirstSentence.count(u' ') - kSecondSentence.count(u' '),
+                 lead + between + secondLead);
+    }
+
+    void holdsHint_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("holds");
+        QTest::newRow("sentence alone") << kFirstSentence << true;
+        QTest::newRow("among links")
+            << "http://hotfile.com/dl/1/x\r\n" + kFirstSentence + " more" << true;
+        QTest::newRow("other case") << kFirstSentence.toLower() << false;
+        QTest::newRow("without the full stop") << kFirstSentence.chopped(1) << false;
+        QTest::newRow("second sentence only") << kSecondSentence << false;
+        QTest::newRow("empty") << "" << false;
+        QTest::newRow("links") << "http://hotfile.com/dl/1/x" << false;
+    }
+
+    void holdsHint()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, holds);
+        QCOMPARE(LinkHint::holdsHint(text), holds);
+    }
 
 private:
     std::unique_ptr<Sandbox> m_sandbox;
 };
-
-void TestLinkExtraction::initTestCase()
-{
-    m_sandbox = std::make_unique<Sandbox>();
-}
-
-void TestLinkExtraction::cleanup()
-{
-    SiteHosts::instance().reset();
-}
-
-void TestLinkExtraction::classify_data()
-{
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<int>("site");
-
-    // Each recognised site.
-    QTest::newRow("rapidshare") << "http://rapidshare.com/files/123/a.zip" << 1;
-    QTest::newRow("youtube") << "http://www.youtube.com/watch?v=abc123" << 2;
-    QTest::newRow("megaupload") << "http://www.megaupload.com/?d=ABCDEF" << 3;
-    QTest::newRow("4shared") << "http://www.4shared.com/file/1234/setup.html" << 4;
-    QTest::newRow("depositfiles") << "http://depositfiles.com/files/xyz" << 6;
-    QTest::newRow("hotfile") << "http://hotfile.com/dl/1/ab/movie.rar.html" << 7;
-    QTest::newRow("filefactory") << "http://www.filefactory.com/file/a1b2/n/data.zip" << 8;
-
-    // Excluded and required fragments, in the path.
-    QTest::newRow("rapidshare upload progress")
-        << "http://rapidshare.com/progress.html?uploadid=77" << 0;
-    QTest::newRow("youtube search") << "http://www.youtube.com/results?search_query=watch?x" << 0;
-    QTest::newRow("youtube legacy signin")
-        << "http://www.youtube.com/action_handle_legacy_signin?watch?v=1" << 0;
-    QTest::newRow("youtube adsense") << "http://www.youtube.com/adsense_script.html?watch?v=1" << 0;
-    QTest::newRow("youtube without watch") << "http://www.youtube.com/user/someone" << 0;
-    QTest::newRow("megaupload mc.php") << "http://www.megaupload.com/mc.php?l=5" << 0;
-    QTest::newRow("4shared banners") << "http://www.4shared.com/advertise/banners/1.gif" << 0;
-    QTest::newRow("4shared zoneid") << "http://www.4shared.com/www/delivery/afr.php?zoneid=3" << 0;
-    QTest::newRow("4shared zoneid bare")
-        << "http://www.4shared.com/www/delivery/afr.php?zoneid" << 0;
-    QTest::newRow("4shared zoneid other")
-        << "http://www.4shared.com/www/delivery/afr.php?zone" << 4;
-    QTest::newRow("4shared progress bar")
-        << "http://www.4shared.com/main/frameAnonUploadProgressBar.jsp?x" << 0;
-    QTest::newRow("filefactory upload") << "http://www.filefactory.com/upload/form" << 0;
-    QTest::newRow("filefactory ads") << "http://www.filefactory.com/ads/box.html" << 0;
-    QTest::newRow("filefactory ads as tail") << "http://www.filefactory.com/file/downloads/x" << 0;
-    QTest::newRow("filefactory upload as tail")
-        << "http://www.filefactory.com/file/reupload/x" << 0;
-    QTest::newRow("filefactory premium") << "http://www.filefactory.com/premium/index.php?a=1" << 0;
-    QTest::newRow("filefactory takeover") << "http://www.filefactory.com/takeoverad.html?f=1" << 0;
-    // Fragments count only behind the first "/": before it they decide nothing.
-    QTest::newRow("excluded fragment before the path")
-        << "progress.html?uploadid.rapidshare.com/files/1" << 1;
-    QTest::newRow("required fragment before the path") << "watch?.youtube.com/user/x" << 0;
-
-    // MediaFire is never recognised.
-    QTest::newRow("mediafire") << "http://www.mediafire.com/?abc123def" << 0;
-    QTest::newRow("mediafire download") << "http://www.mediafire.com/download/x/file.zip" << 0;
-
-    // Without a scheme, in capitals, with a tab in front.
-    QTest::newRow("no scheme") << "rapidshare.com/files/1/a.zip" << 1;
-    QTest::newRow("no scheme www") << "www.hotfile.com/dl/1/x" << 7;
-    QTest::newRow("capitals") << "HTTP://WWW.RAPIDSHARE.COM/FILES/1/A.ZIP" << 1;
-    QTest::newRow("mixed case") << "hTtP://WwW.YouTube.Com/WATCH?V=1" << 2;
-    QTest::newRow("tab in front") << "\thttp://hotfile.com/dl/1/x" << 7;
-    QTest::newRow("blanks around") << "   http://hotfile.com/dl/1/x  " << 7;
-
-    // A lone LF joins two links into one word, decided by the table's order.
-    QTest::newRow("lone LF") << "http://hotfile.com/dl/1/a\nhttp://rapidshare.com/files/2" << 1;
-    QTest::newRow("lone CR") << "http://hotfile.com/dl/1/a\rhttp://megaupload.com/?d=2" << 3;
-
-    // The path must have at least 2 characters.
-    QTest::newRow("root") << "http://rapidshare.com/" << 0;
-    QTest::newRow("root with 1 character") << "http://rapidshare.com/x" << 0;
-    QTest::newRow("root with 2 characters") << "http://rapidshare.com/xy" << 1;
-    QTest::newRow("root in capitals") << "HTTP://WWW.HOTFILE.COM/A" << 0;
-    QTest::newRow("no slash at all") << "rapidshare.com" << 0;
-    QTest::newRow("shorter than 5") << "a.b/" << 0;
-
-    // The first row whose literal occurs decides alone.
-    QTest::newRow("rapidshare inside youtube")
-        << "http://www.youtube.com/watch?v=1&u=rapidshare.com/files/9" << 1;
-    QTest::newRow("rapidshare inside youtube without watch")
-        << "http://www.youtube.com/user/rapidshare.com/x" << 1;
-    QTest::newRow("refused by first row, no fall-through")
-        << "http://rapidshare.com/progress.html?uploadid=1&next=hotfile.com/dl/1" << 0;
-    QTest::newRow("youtube refuses, hotfile not tried")
-        << "http://www.youtube.com/user/x?hotfile.com/dl/1" << 0;
-
-    // Other schemes are left in place: the path starts at the scheme's "/".
-    QTest::newRow("ftp") << "ftp://rapidshare.com/files/1/a.zip" << 1;
-    QTest::newRow("ftp short root") << "ftp://hotfile.com/a" << 7;
-    QTest::newRow("https") << "https://www.youtube.com/watch?v=1" << 2;
-    QTest::newRow("ftp youtube watch") << "ftp://youtube.com/user/x" << 0;
-
-    // Schemes are removed wherever they stand.
-    QTest::newRow("embedded scheme") << "x=http://www.hotfile.com/a" << 0;
-    // "http://www." goes first, and what its removal joins is removed as "http://".
-    QTest::newRow("schemes removed in order") << "hthttp://www.tp://hotfile.com/a" << 0;
-    QTest::newRow("redirect") << "http://www.example.org/go?u=http://rapidshare.com/files/1" << 1;
-
-    // Foreign words.
-    QTest::newRow("foreign link") << "http://www.example.org/page/1.html" << 0;
-    QTest::newRow("literal without slash") << "visit-rapidshare.com-today" << 0;
-    QTest::newRow("host lookalike") << "http://rapidshare.co/files/1" << 0;
-}
-
-void TestLinkExtraction::classify()
-{
-    QFETCH(QString, word);
-    QFETCH(int, site);
-    QCOMPARE(classifyLink(word), site);
-}
-
-void TestLinkExtraction::siteHostsDecideLiterals_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("host");
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<int>("site");
-
-    QTest::newRow("local hotfile") << "hotfile"
-                                   << "127.0.0.1:8123"
-                                   << "http://127.0.0.1:8123/dl/1/x" << 7;
-    QTest::newRow("old host dropped") << "hotfile"
-                                      << "127.0.0.1:8123"
-                                      << "http://hotfile.com/dl/1/x" << 0;
-    QTest::newRow("other port") << "hotfile"
-                                << "127.0.0.1:8123"
-                                << "http://127.0.0.1:8124/dl/1/x" << 0;
-    QTest::newRow("local youtube still needs watch") << "youtube"
-                                                     << "127.0.0.1:9000"
-                                                     << "http://127.0.0.1:9000/user/x" << 0;
-    QTest::newRow("local youtube watch") << "youtube"
-                                         << "127.0.0.1:9000"
-                                         << "http://127.0.0.1:9000/watch?v=1" << 2;
-    QTest::newRow("host with www and capitals") << "rapidshare"
-                                                << "WWW.RapidShare.Example"
-                                                << "http://rapidshare.example/files/1" << 1;
-    // With a one-letter host the word's length limit is what decides.
-    QTest::newRow("short host, 4 characters") << "hotfile"
-                                              << "h"
-                                              << "h/ab" << 0;
-    QTest::newRow("short host, 5 characters") << "hotfile"
-                                              << "h"
-                                              << "h/abc" << 7;
-    QTest::newRow("mediafire pointed locally") << "mediafire"
-                                               << "127.0.0.1:7000"
-                                               << "http://127.0.0.1:7000/?abc" << 0;
-}
-
-void TestLinkExtraction::siteHostsDecideLiterals()
-{
-    QFETCH(QString, key);
-    QFETCH(QString, host);
-    QFETCH(QString, word);
-    QFETCH(int, site);
-    SiteHosts::instance().setHost(key, host);
-    QCOMPARE(classifyLink(word), site);
-
-    // The same through a paste.
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    QCOMPARE(::parseLinks(word + "\r\nand more", false, false, list, &prompts), site ? 1 : 0);
-    QCOMPARE(rowsOf(list), site ? QStringList{QString::number(site) + u'|' + word} : QStringList{});
-}
-
-void TestLinkExtraction::parseLinks_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("isCommand");
-    QTest::addColumn<int>("result");
-    QTest::addColumn<bool>("message");
-    QTest::addColumn<QString>("balloon");
-    QTest::addColumn<QStringList>("rows");
-
-    const QString rs = QStringLiteral("http://rapidshare.com/files/1/a.zip");
-    const QString hf = QStringLiteral("http://hotfile.com/dl/2/b/c.rar.html");
-    const QString yt = QStringLiteral("http://www.youtube.com/watch?v=q1");
-
-    QTest::newRow("empty") << "" << false << -1 << true << "" << QStringList{};
-    QTest::newRow("empty by command") << "" << true << -1 << false << "" << QStringList{};
-    QTest::newRow("abcd") << "abcd" << false << -1 << true << "" << QStringList{};
-    QTest::newRow("abcd by command") << "abcd" << true << -1 << false << "" << QStringList{};
-    QTest::newRow("blanks") << "          " << false << -1 << true << "" << QStringList{};
-    QTest::newRow("blanks by command")
-        << "          " << true << -1 << false << "" << QStringList{};
-    QTest::newRow("short link") << "a/bc" << false << -1 << true << "" << QStringList{};
-    // Only blanks count as empty; five characters of line breaks are looked at.
-    QTest::newRow("line breaks") << "\r\n\r\n\t" << false << 0 << false << "" << QStringList{};
-    QTest::newRow("ordinary text") << "a page of ordinary text without a single site literal"
-                                   << false << 0 << false << "" << QStringList{};
-    QTest::newRow("mediafire only")
-        << "http://www.mediafire.com/?abc123" << false << 0 << false << "" << QStringList{};
-    QTest::newRow("one link") << rs << false << 1 << false << "1 Link Added"
-                              << QStringList{"1|" + rs};
-    QTest::newRow("one link by command")
-        << rs << true << 1 << false << "1 Link Added" << QStringList{"1|" + rs};
-    QTest::newRow("three lines") << rs + "\r\n" + hf + "\r\n" + yt << false << 3 << false
-                                 << "3 Links Added" << QStringList{"1|" + rs, "2|" + yt, "7|" + hf};
-    QTest::newRow("a page") << "<p>Mirrors: " + hf + " and " + rs +
-                                   " <br>\r\n<a href=\"#\">more</a> http://www.mediafire.com/?x"
-                            << false << 2 << false << "2 Links Added"
-                            << QStringList{"1|" + rs, "7|" + hf};
-    QTest::newRow("runs of blanks") << "   " + rs + "     " + hf + "   " << false << 2 << false
-                                    << "2 Links Added" << QStringList{"1|" + rs, "7|" + hf};
-    QTest::newRow("duplicates in one paste") << rs + " " + rs + "\r\n" + rs.toUpper() << false << 1
-                                             << false << "1 Link Added" << QStringList{"1|" + rs};
-    QTest::newRow("lone LF joins") << hf + "\n" + rs << false << 1 << false << "1 Link Added"
-                                   << QStringList{"1|" + hf + "\n" + rs};
-    QTest::newRow("lone CR joins") << rs + "\r" + hf << false << 1 << false << "1 Link Added"
-                                   << QStringList{"1|" + rs + "\r" + hf};
-    QTest::newRow("LF CR does not cut") << hf + "\n\r" + rs << false << 1 << false << "1 Link Added"
-                                        << QStringList{"1|" + hf + "\n\r" + rs};
-    QTest::newRow("quoted attribute")
-        << "<a href=\"" + hf + "\">file</a>" << false << 1 << false << "1 Link Added"
-        << QStringList{"7|href=\"" + hf + "\">file</a>"};
-}
-
-void TestLinkExtraction::parseLinks()
-{
-    QFETCH(QString, text);
-    QFETCH(bool, isCommand);
-    QFETCH(int, result);
-    QFETCH(bool, message);
-    QFETCH(QString, balloon);
-    QFETCH(QStringList, rows);
-
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    QCOMPARE(::parseLinks(text, false, isCommand, list, &prompts), result);
-    QCOMPARE(rowsOf(list), rows);
-
-    QCOMPARE(prompts.messages.size(), message ? 1 : 0);
-    if (message) {
-        const FakePrompts::Message &m = prompts.messages.first();
-        QCOMPARE(m.text, QStringLiteral("No Supported links Found."));
-        QCOMPARE(m.icon, Prompts::Icon::Exclamation);
-        QCOMPARE(m.buttons, Prompts::Buttons::Ok);
-        QCOMPARE(m.title, QStringLiteral("Tessalwick"));
-    }
-    QCOMPARE(prompts.balloons.size(), balloon.isEmpty() ? 0 : 1);
-    if (!balloon.isEmpty()) {
-        const FakePrompts::Balloon &b = prompts.balloons.first();
-        QCOMPARE(b.kind, 1);
-        QCOMPARE(b.text, balloon);
-        QCOMPARE(b.title, QStringLiteral("Tessalwick"));
-        QCOMPARE(b.milliseconds, 5000);
-    }
-
-    // bShowTip changes nothing.
-    DownloadList other;
-    other.open();
-    FakePrompts otherPrompts;
-    QCOMPARE(::parseLinks(text, true, isCommand, other, &otherPrompts), result);
-    QCOMPARE(rowsOf(other), rows);
-    QCOMPARE(otherPrompts.messages.size(), prompts.messages.size());
-    QCOMPARE(otherPrompts.balloons.size(), prompts.balloons.size());
-}
-
-void TestLinkExtraction::duplicatesAcrossPastesAndSites()
-{
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    const QString hf = QStringLiteral("http://hotfile.com/dl/5/x/y.zip.html");
-    const QString rs = QStringLiteral("http://rapidshare.com/files/5/y.zip");
-
-    QCOMPARE(::parseLinks(hf + " " + rs, false, false, list, &prompts), 2);
-    // Pasting the same links again, one of them in other capitals, with one new.
-    const QString ff = QStringLiteral("http://www.filefactory.com/file/abc/n/y.zip");
-    prompts.clear();
-    QCOMPARE(::parseLinks(hf.toUpper() + "\r\n" + rs + "\r\n" + ff, false, false, list, &prompts),
-             1);
-    QCOMPARE(prompts.balloons.size(), 1);
-    QCOMPARE(prompts.balloons.first().text, QStringLiteral("1 Link Added"));
-    // Nothing new at all: silence.
-    prompts.clear();
-    QCOMPARE(::parseLinks(rs + " " + ff, false, false, list, &prompts), 0);
-    QVERIFY(prompts.balloons.isEmpty());
-    QVERIFY(prompts.messages.isEmpty());
-    QCOMPARE(rowsOf(list), (QStringList{"1|" + rs, "7|" + hf, "8|" + ff}));
-
-    // The duplicate rule is per site: the same text held by another site is new here.
-    const QString dep = QStringLiteral("http://depositfiles.com/files/q9");
-    QVERIFY(list.addLinkToList(dep, 1, &prompts));
-    prompts.clear();
-    QCOMPARE(::parseLinks(dep, false, false, list, &prompts), 1);
-    QCOMPARE(list.childCount(1), 2);
-    QCOMPARE(list.childCount(6), 1);
-    QCOMPARE(list.childAt(6, 0)->values[int(Field::LinkURL)], dep);
-}
-
-void TestLinkExtraction::addedRowsKeepTheWordAsWritten()
-{
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    const QString text = QStringLiteral(
-        "\tHTTP://WWW.HOTFILE.COM/DL/1/A/B.RAR.HTML  rapidshare.com/files/7/c.zip\r\n"
-        "ftp://megaupload.com/?d=QQ");
-    QCOMPARE(::parseLinks(text, false, false, list, &prompts), 3);
-    QCOMPARE(rowsOf(list),
-             (QStringList{"1|rapidshare.com/files/7/c.zip", "3|ftp://megaupload.com/?d=QQ",
-                          "7|\tHTTP://WWW.HOTFILE.COM/DL/1/A/B.RAR.HTML"}));
-    for (int site : {1, 3, 7}) {
-        const LinkRow *row = list.childAt(site, 0);
-        QCOMPARE(row->values[int(Field::Status)], QStringLiteral("Waiting"));
-        QCOMPARE(row->values[int(Field::ItemID)], QString::number(site));
-    }
-    QCOMPARE(list.childCount(5), 0);
-}
-
-void TestLinkExtraction::countIsNotLimitedTo16Bits()
-{
-    const int total = 33000;
-    const char *const patterns[] = {"rapidshare.com/files/%1/a", "www.youtube.com/watch?v=%1",
-                                    "megaupload.com/?d=%1",      "4shared.com/file/%1",
-                                    "depositfiles.com/files/%1", "hotfile.com/dl/%1",
-                                    "filefactory.com/file/%1"};
-    QStringList words;
-    for (int i = 0; i < total; ++i)
-        words << QString::fromLatin1(patterns[i % 7]).arg(i);
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    QCOMPARE(::parseLinks(words.join(QStringLiteral("\r\n")), false, false, list, &prompts), total);
-    QCOMPARE(prompts.balloons.size(), 1);
-    QCOMPARE(prompts.balloons.first().text, QStringLiteral("33000 Links Added"));
-    int rows = 0;
-    for (int site = 1; site <= Sites::Count; ++site)
-        rows += list.childCount(site);
-    QCOMPARE(rows, total);
-}
-
-void TestLinkExtraction::hintForms_data()
-{
-    QTest::addColumn<int>("form");
-    QTest::addColumn<int>("lead");
-    QTest::addColumn<int>("between");
-    QTest::addColumn<bool>("breakBetween");
-    QTest::addColumn<int>("secondLead");
-    QTest::addColumn<bool>("breakAtEnd");
-
-    QTest::newRow("at start-up") << 0 << 15 << 14 << true << 39 << true;
-    QTest::newRow("after the add button") << 1 << 9 << 59 << false << 0 << false;
-    QTest::newRow("after losing the focus") << 2 << 9 << 59 << false << 0 << true;
-}
-
-void TestLinkExtraction::hintForms()
-{
-    QFETCH(int, form);
-    QFETCH(int, lead);
-    QFETCH(int, between);
-    QFETCH(bool, breakBetween);
-    QFETCH(int, secondLead);
-    QFETCH(bool, breakAtEnd);
-
-    const QString text = form == 0   ? LinkHint::designText()
-                         : form == 1 ? LinkHint::shortText()
-                                     : LinkHint::lostFocusText();
-    static const QRegularExpression shape(
-        QStringLiteral("\\A( *)(Type[^\\r\\n]*links\\.)( *)(\\r\\n)?( *)(Also[^\\r\\n]*options\\.)"
-                       "(\\r\\n)?\\z"));
-    const QRegularExpressionMatch m = shape.match(text);
-    QVERIFY2(m.hasMatch(), qPrintable(text));
-    QCOMPARE(m.capturedLength(1), lead);
-    QCOMPARE(m.captured(2), kFirstSentence);
-    QCOMPARE(m.capturedLength(3), between);
-    QCOMPARE(m.capturedLength(4) > 0, breakBetween);
-    QCOMPARE(m.captured(6), kSecondSentence);
-    QCOMPARE(m.capturedLength(7) > 0, breakAtEnd);
-    QCOMPARE(text.count(u' ') - kFirstSentence.count(u' ') - kSecondSentence.count(u' '),
-             lead + between + secondLead);
-}
-
-void TestLinkExtraction::holdsHint_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("holds");
-
-    QTest::newRow("design form") << LinkHint::designText() << true;
-    QTest::newRow("short form") << LinkHint::shortText() << true;
-    QTest::newRow("lost focus form") << LinkHint::lostFocusText() << true;
-    QTest::newRow("sentence alone") << kFirstSentence << true;
-    QTest::newRow("among links") << "http://hotfile.com/dl/1/x\r\n" + kFirstSentence + " more"
-                                 << true;
-    QTest::newRow("other case") << kFirstSentence.toLower() << false;
-    QTest::newRow("without the full stop") << kFirstSentence.chopped(1) << false;
-    QTest::newRow("second sentence only") << kSecondSentence << false;
-    QTest::newRow("empty") << "" << false;
-    QTest::newRow("links") << "http://hotfile.com/dl/1/x" << false;
-}
-
-void TestLinkExtraction::holdsHint()
-{
-    QFETCH(QString, text);
-    QFETCH(bool, holds);
-    QCOMPARE(LinkHint::holdsHint(text), holds);
-}
 
 QTEST_GUILESS_MAIN(TestLinkExtraction)
 #include "tst_linkextraction.moc"

@@ -68,6 +68,14 @@ QByteArray request(const QString &hostPort, const QByteArray &path)
     return "GET " + path + " HTTP/1.1\r\nHost: " + hostPort.toLatin1() + "\r\nAccept: */*\r\n\r\n";
 }
 
+// Points the control at an address and a file and starts it.
+void begin(DownloadAsynch &d, const QString &url, const QString &local, int chunk = 0)
+{
+    d.setUrl(url);
+    d.setLocalFilePath(local);
+    d.startDownload(chunk);
+}
+
 } // namespace
 
 class TestDownloadAsynch : public QObject
@@ -80,9 +88,7 @@ private:
                      const QString &path = QStringLiteral("/file.bin"))
     {
         server.setAnswer(path.toLatin1(), TestServer::Answer::silence());
-        d.setUrl(server.url(path));
-        d.setLocalFilePath(local);
-        d.startDownload(0);
+        begin(d, server.url(path), local);
         return server.waitForRequests(1) && d.socketState() == DownloadAsynch::Connected;
     }
 
@@ -119,10 +125,8 @@ private slots:
 
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(url.arg(server.hostPort()));
         const QString local = m_dir.filePath(QStringLiteral("sub/folder/f.bin"));
-        d.setLocalFilePath(local);
-        d.startDownload(3);
+        begin(d, url.arg(server.hostPort()), local, 3);
         QTRY_COMPARE(rec.outcomes(), QStringList{QStringLiteral("complete")});
         QCOMPARE(server.requests().size(), 1);
         // Exactly these bytes and nothing else: no Range, no User-Agent.
@@ -190,9 +194,8 @@ private slots:
         FakePrompts prompts;
         DownloadAsynch d(&prompts);
         Recorder rec(&d);
-        d.setUrl(url.contains(QLatin1String("%1")) ? url.arg(server.hostPort()) : url);
-        d.setLocalFilePath(local.isEmpty() ? local : m_dir.filePath(local));
-        d.startDownload(0);
+        begin(d, url.contains(QLatin1String("%1")) ? url.arg(server.hostPort()) : url,
+              local.isEmpty() ? local : m_dir.filePath(local));
         QCOMPARE(rec.log, log);
         QCOMPARE(prompts.messages.size(), message ? 1 : 0);
         if (message)
@@ -221,9 +224,7 @@ private slots:
 
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url("/first"));
-        d.setLocalFilePath(local);
-        d.startDownload(0);
+        begin(d, server.url("/first"), local);
         QTRY_COMPARE(rec.outcomes(), QStringList{QStringLiteral("complete")});
 
         const QList<TestServer::Request> reqs = server.requests();
@@ -270,10 +271,8 @@ private slots:
             "/f", TestServer::Answer::raw("HTTP/1.1 200 OK\r\n" + headers + "\r\n\r\n0123456789"));
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url("/f"));
-        d.setLocalFilePath(m_dir.filePath(QStringLiteral("f")));
         d.setFileSize(ownerSize);
-        d.startDownload(0);
+        begin(d, server.url("/f"), m_dir.filePath(QStringLiteral("f")));
         QTRY_COMPARE(rec.outcomes(), QStringList{QStringLiteral("complete")});
         QStringList expected;
         if (!fileBegin.isEmpty())
@@ -390,10 +389,8 @@ private slots:
         server.setAnswer("/f.bin", answer);
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url("/f.bin"));
         const QString local = m_dir.filePath(QStringLiteral("f.bin"));
-        d.setLocalFilePath(local);
-        d.startDownload(1);
+        begin(d, server.url("/f.bin"), local, 1);
         QTRY_COMPARE(rec.outcomes(), QStringList{QStringLiteral("complete")});
         QCOMPARE(rec.log.first(), QStringLiteral("fileBegin 200000"));
         QCOMPARE(d.socketState(), int(DownloadAsynch::PeerClosed));
@@ -412,9 +409,7 @@ private slots:
         server.setAnswer("/f.bin", TestServer::Answer::ok(body).cutAfterHeader(10).keepOpen());
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url("/f.bin"));
-        d.setLocalFilePath(m_dir.filePath(QStringLiteral("f.bin")));
-        d.startDownload(0);
+        begin(d, server.url("/f.bin"), m_dir.filePath(QStringLiteral("f.bin")));
         QTRY_COMPARE(rec.outcomes(), QStringList{QStringLiteral("complete")});
         QCOMPARE(d.socketState(), int(DownloadAsynch::Connected)); // ended by the tick
         const int at = rec.log.indexOf(QStringLiteral("complete"));
@@ -451,10 +446,8 @@ private slots:
         server.setAnswer("/f", TestServer::Answer::raw(answer));
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url("/f"));
         const QString local = m_dir.filePath(QStringLiteral("f.html"));
-        d.setLocalFilePath(local);
-        d.startDownload(0);
+        begin(d, server.url("/f"), local);
         QTRY_COMPARE(rec.log, log);
         QCOMPARE(d.socketState(), int(DownloadAsynch::PeerClosed));
         QCOMPARE(readFile(local), answer);
@@ -502,10 +495,8 @@ private slots:
         }
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url(path));
         d.setFileSize(ownerSize);
-        d.setLocalFilePath(m_dir.filePath(QStringLiteral("s.bin")));
-        d.startDownload(0);
+        begin(d, server.url(path), m_dir.filePath(QStringLiteral("s.bin")));
         QTRY_VERIFY(!rec.outcomes().isEmpty());
         QCOMPARE(rec.outcomes().first(), outcome);
         // The silence closed the connection.
@@ -521,9 +512,7 @@ private slots:
         server.setAnswer("/f.bin", TestServer::Answer::ok(pattern(1000)));
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url("/f.bin"));
-        d.setLocalFilePath(m_dir.filePath(QStringLiteral("f.bin")));
-        d.startDownload(0);
+        begin(d, server.url("/f.bin"), m_dir.filePath(QStringLiteral("f.bin")));
         QTRY_COMPARE(rec.outcomes(), QStringList{QStringLiteral("complete")});
         // A minute after the last chunk, and every minute after that, the
         // timer reports again, as an error for a plain site.
@@ -600,9 +589,7 @@ private slots:
         }
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(server.url("/c"));
-        d.setLocalFilePath(local);
-        d.startDownload(0);
+        begin(d, server.url("/c"), local);
         QTRY_COMPARE(rec.outcomes(), QStringList{QStringLiteral("complete")});
         QCOMPARE(readFile(m_dir.filePath(written)), QByteArray("new data"));
         if (!existing.isEmpty())
@@ -688,9 +675,7 @@ private slots:
         }
         DownloadAsynch d;
         Recorder rec(&d);
-        d.setUrl(QStringLiteral("127.0.0.1:%1/f").arg(port));
-        d.setLocalFilePath(m_dir.filePath(QStringLiteral("f")));
-        d.startDownload(0);
+        begin(d, QStringLiteral("127.0.0.1:%1/f").arg(port), m_dir.filePath(QStringLiteral("f")));
         QTRY_COMPARE(rec.log.size(), 1);
         QVERIFY(rec.log.at(0).startsWith(QLatin1String("error ")));
         QVERIFY(rec.log.at(0) != QLatin1String("error Connection Error"));
