@@ -1,5 +1,7 @@
 #include "resolvers/rapidshare.h"
 
+#include "list/statustext.h"
+
 #include "list/formats.h"
 #include "resolvers/textpos.h"
 #include "resolvers/xmlhttprequest.h"
@@ -140,7 +142,7 @@ void RapidShareResolver::parseRapidSharePage(SiteContext &site, const QString &p
 
         // 6. and 7. The wait; from now on every end of a wait at this site
         // hands the row to the transfer.
-        row.setField(Field::Status, QStringLiteral("Waiting"));
+        row.setField(Field::Status, StatusText::Waiting);
         site.bLinkReady = true;
         resolved(site, parseWaitSeconds(page));
     });

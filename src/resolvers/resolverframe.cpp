@@ -1,5 +1,6 @@
 #include "resolvers/resolverframe.h"
 
+#include "list/statustext.h"
 #include "resolvers/textpos.h"
 #include "resolvers/xmlhttprequest.h"
 #include "scheduling/numbertext.h"
@@ -11,10 +12,6 @@ namespace ResolverFrame {
 
 namespace {
 
-const QString kStopped = QStringLiteral("Stopped");
-const QString kConnectionError = QStringLiteral("Connection Error");
-const QString kNotFound = QStringLiteral("Not Found");
-const QString kError = QStringLiteral("Error");
 const QString kZero = QStringLiteral("0");
 
 void writeFailure(SiteContext &site, const QString &status)
@@ -72,18 +69,18 @@ bool waitForAnswer(SiteContext &site, XmlHttpRequest &request)
 
 void stopped(SiteContext &site)
 {
-    writeFailure(site, kStopped);
+    writeFailure(site, StatusText::Stopped);
 }
 
 void connectionError(SiteContext &site)
 {
-    writeFailure(site, kConnectionError);
+    writeFailure(site, StatusText::ConnectionError);
     site.continueQueue();
 }
 
 void notFound(SiteContext &site, const QString &errorDesc)
 {
-    writeFailure(site, kNotFound);
+    writeFailure(site, StatusText::NotFound);
     if (!errorDesc.isNull())
         site.cursor.setField(Field::ErrorDesc, errorDesc);
     site.continueQueue();
@@ -91,7 +88,7 @@ void notFound(SiteContext &site, const QString &errorDesc)
 
 void pageError(SiteContext &site)
 {
-    writeFailure(site, kError);
+    writeFailure(site, StatusText::Error);
     site.continueQueue();
 }
 

@@ -1,19 +1,12 @@
 #include "scheduling/sitequeues.h"
 
 #include "list/formats.h"
+#include "list/statustext.h"
 #include "scheduling/numbertext.h"
 #include "system/logicaltimer.h"
 #include "transfer/downloadasynch.h"
 
 namespace {
-
-const QString kWaiting = QStringLiteral("Waiting");
-const QString kStopped = QStringLiteral("Stopped");
-const QString kStarting = QStringLiteral("Starting...");
-const QString kConnecting = QStringLiteral("Connecting...");
-const QString kComplete = QStringLiteral("Complete");
-const QString kError = QStringLiteral("Error");
-const QString kConnectionError = QStringLiteral("Connection Error");
 
 constexpr int kCountdownInterval = 1000;
 constexpr int kRequestTimeOut = 50000;
@@ -46,7 +39,7 @@ void SiteContext::handOff()
     downloader->setUrl(cursor.field(*addressField));
     downloader->setLocalFilePath(cursor.field(Field::LocalFilePath) + QLatin1Char('/') +
                                  cursor.field(Field::LocalFile));
-    cursor.setField(Field::Status, kConnecting);
+    cursor.setField(Field::Status, StatusText::Connecting);
     downloader->setFileSize(textToSize(cursor.field(Field::FileSize)));
     // Every site passes 0: each site's control keeps its own file.
     downloader->startDownload(0);
@@ -126,7 +119,7 @@ SiteContext &SiteQueues::byIndex(int index)
 
 bool SiteQueues::isEligible(const QString &status)
 {
-    return status == kWaiting || status.left(7) == kStopped;
+    return status == StatusText::Waiting || status.left(7) == StatusText::Stopped;
 }
 
 void SiteQueues::startDownloadLinks(int site, bool bFromMenu)
@@ -164,7 +157,7 @@ void SiteQueues::startDownloadLinks(int site, bool bFromMenu)
 
     if (ctx.traits->stepReset == StepReset::BeforeStarting)
         ctx.iStep = 0;
-    ctx.cursor.setField(Field::Status, kStarting);
+    ctx.cursor.setField(Field::Status, StatusText::Starting);
     ctx.cursor.setField(Field::IsDownloading, QStringLiteral("1"));
     if (ctx.traits->stepReset == StepReset::AfterStarting)
         ctx.iStep = 0;
@@ -279,7 +272,7 @@ void SiteQueues::onSiteTimer(int site)
         }
     } catch (const std::exception &) {
         ignoreFailure([&] { ctx.timer->setEnabled(false); });
-        ignoreFailure([&] { row.setField(Field::Status, kError); });
+        ignoreFailure([&] { row.setField(Field::Status, StatusText::Error); });
         ignoreFailure([&] { row.setField(Field::WaitTimeInSec, QStringLiteral("0")); });
         ignoreFailure([&] { startDownloadLinks(site, false); });
     }
@@ -344,7 +337,7 @@ void SiteQueues::onProgress(int index, double iValue, int iBytesPerSecond, float
 void SiteQueues::onComplete(int index)
 {
     SiteContext &ctx = byIndex(index);
-    ignoreFailure([&] { ctx.cursor.setField(Field::Status, kComplete); });
+    ignoreFailure([&] { ctx.cursor.setField(Field::Status, StatusText::Complete); });
     clearTransferFields(ctx.cursor);
     // The next row begins inside this event.
     ignoreFailure([&] { startDownloadLinks(ctx.site, false); });
@@ -355,7 +348,9 @@ void SiteQueues::onError(int index, const QString &sDesc)
     SiteContext &ctx = byIndex(index);
     // Only the one word is kept; the description itself is not stored.
     ignoreFailure([&] {
-        ctx.cursor.setField(Field::Status, sDesc == kConnectionError ? kConnectionError : kError);
+        ctx.cursor.setField(Field::Status, sDesc == StatusText::ConnectionError
+                                               ? StatusText::ConnectionError
+                                               : StatusText::Error);
     });
     clearTransferFields(ctx.cursor);
     ignoreFailure([&] { startDownloadLinks(ctx.site, false); });
@@ -370,7 +365,7 @@ void SiteQueues::onStopped(int index)
         if (first < QLatin1Char('0') || first > QLatin1Char('9') ||
             status.contains(QLatin1String("so far"), Qt::CaseInsensitive)) {
             // A wait, "Connecting...", "Starting..." or a size so far.
-            row.setField(Field::Status, kStopped);
+            row.setField(Field::Status, StatusText::Stopped);
             return;
         }
         // A percent: "Stopped(46%)".

@@ -2,6 +2,7 @@
 
 #include "app/prompts.h"
 #include "list/formats.h"
+#include "list/statustext.h"
 #include "system/filefolder.h"
 #include "transfer/bytesearch.h"
 
@@ -13,7 +14,6 @@
 
 namespace {
 
-const QString kConnectionError = QStringLiteral("Connection Error");
 const QString kEmptyAddress =
     QStringLiteral("URL is empty or LocalFile is net set, Download can not be started");
 // What the handlers report when a text operation gets an impossible position
@@ -378,7 +378,7 @@ bool DownloadAsynch::takeChunk(QByteArray &data, qint64 bytesTotal, int state, Q
     if (!handled && m_bFirstPacket) {
         // The first chunk is no answer of a known kind (404, 206, ...). It is
         // still written, and the socket stays open.
-        emit error(kConnectionError);
+        emit error(StatusText::ConnectionError);
         m_tmrSpeed.stop();
     }
 
@@ -445,5 +445,5 @@ void DownloadAsynch::silenceTick()
                        m_url.contains(QStringLiteral("youtube"), Qt::CaseInsensitive)))
         emit complete();
     else
-        emit error(kConnectionError);
+        emit error(StatusText::ConnectionError);
 }
