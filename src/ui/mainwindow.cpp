@@ -6,13 +6,18 @@
 #include "list/downloadlistmodel.h"
 #include "list/sitetable.h"
 #include "ui/griddelegate.h"
+#include "ui/gridmodel.h"
+#include "ui/gridview.h"
+#include "ui/startstopmenus.h"
 #include "ui/windowparts.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLinearGradient>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -99,7 +104,8 @@ bool onOpticalDisc(const QString &path)
 } // namespace
 
 MainWindow::MainWindow(AppCore *core, Prompts *prompts, QWidget *parent)
-    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint), m_core(core), m_prompts(prompts)
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint), m_core(core), m_prompts(prompts),
+      m_isOpticalDrive(onOpticalDisc)
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QStringLiteral("Tessalwick"));
@@ -158,7 +164,7 @@ void MainWindow::buildTitleStrip()
         button->setFocusPolicy(Qt::NoFocus);
     }
     connect(findChild<SkinButton *>(QStringLiteral("cmdTray")), &QAbstractButton::clicked, this,
-            &QWidget::hide);
+            &MainWindow::hideToTrayOrMinimise);
     connect(findChild<SkinButton *>(QStringLiteral("cmdMinimize")), &QAbstractButton::clicked, this,
             &QWidget::showMinimized);
     connect(findChild<SkinButton *>(QStringLiteral("cmdClose")), &QAbstractButton::clicked, this,
@@ -237,18 +243,22 @@ void MainWindow::buildGrid()
     connect(expand, &QAbstractButton::clicked, this, &MainWindow::expandCollapseAll);
 
     m_model = new DownloadListModel(&m_core->list(), this);
-    m_grid = new QTreeView(this);
+    m_gridModel = new GridModel(m_model, prompts(), this);
+    m_grid = new GridView(this);
     m_grid->setObjectName(QStringLiteral("DownloadGrid"));
     m_grid->setGeometry(twips(120, 2640, 11700, 3600));
-    m_grid->setModel(m_model);
+    m_grid->setModel(m_gridModel);
     m_grid->setItemDelegate(new GridDelegate(m_grid));
     m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // Only the link cell takes typing; the check box takes clicks.
+    m_grid->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
+                            QAbstractItemView::SelectedClicked);
     m_grid->setUniformRowHeights(true);
     m_grid->setAllColumnsShowFocus(true);
     m_grid->setExpandsOnDoubleClick(true);
     m_grid->setIndentation(14);
+    m_grid->viewport()->setAutoFillBackground(false);
 
     QHeaderView *header = m_grid->header();
     header->setSectionsMovable(false);
@@ -283,7 +293,7 @@ void MainWindow::buildGrid()
         "color: white; border: none; border-right: 1px solid rgb(104, 104, 104); "
         "padding: 2px 4px; }"));
 
-    connect(m_model, &QAbstractItemModel::modelReset, this, &MainWindow::formatSiteRows);
+    connect(m_gridModel, &QAbstractItemModel::modelReset, this, &MainWindow::formatSiteRows);
     connect(m_core, &AppCore::listRebound, this, &MainWindow::hideMediaFireRow);
     formatSiteRows();
 }
@@ -291,15 +301,15 @@ void MainWindow::buildGrid()
 void MainWindow::formatSiteRows()
 {
     // A site row shows its name across the whole width.
-    for (int row = 0; row < m_model->rowCount(); ++row)
+    for (int row = 0; row < m_gridModel->rowCount(); ++row)
         m_grid->setFirstColumnSpanned(row, QModelIndex(), true);
     hideMediaFireRow();
 }
 
 void MainWindow::hideMediaFireRow()
 {
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        const QModelIndex name = m_model->index(row, DownloadListModel::SiteName);
+    for (int row = 0; row < m_gridModel->rowCount(); ++row) {
+        const QModelIndex name = m_gridModel->index(row, DownloadListModel::SiteName);
         if (name.data().toString() == QLatin1String("MediaFire")) {
             m_grid->setRowHidden(row, QModelIndex(), true);
             return;
@@ -309,11 +319,12 @@ void MainWindow::hideMediaFireRow()
 
 void MainWindow::expandCollapseAll()
 {
-    if (m_model->rowCount() == 0)
+    // Hidden rows count: while the MediaFire row comes first, it decides.
+    if (m_gridModel->rowCount() == 0)
         return;
-    const bool collapse = m_grid->isExpanded(m_model->index(0, 0));
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        const QModelIndex site = m_model->index(row, 0);
+    const bool collapse = m_grid->isExpanded(m_gridModel->index(0, 0));
+    for (int row = 0; row < m_gridModel->rowCount(); ++row) {
+        const QModelIndex site = m_gridModel->index(row, 0);
         if (collapse)
             m_grid->collapse(site);
         else
@@ -388,12 +399,30 @@ void MainWindow::buildFoot()
     connect(start, &SkinButton::clicked, m_core, &AppCore::startDownloadClicked);
     connect(stop, &SkinButton::clicked, m_core, &AppCore::stopDownloadClicked);
 
+    // Each is a split button whose drop-down part opens its site menu.
+    m_startMenu = StartStopMenus::buildStartMenu(m_core, this);
+    m_stopMenu = StartStopMenus::buildStopMenu(m_core, this);
+    start->setDropDownWidth(16);
+    stop->setDropDownWidth(16);
+    connect(start, &SkinButton::dropDownClicked, this,
+            [this, start] { popUpMenu(m_startMenu, start); });
+    connect(stop, &SkinButton::dropDownClicked, this,
+            [this, stop] { popUpMenu(m_stopMenu, stop); });
+
     QLabel *skipped = label("Label2", QStringLiteral("Complete and Error items will be skipped"),
                             twips(3720, 7230, 2145, 390));
     skipped->setStyleSheet(QStringLiteral("color: rgb(200, 206, 214);"));
     // Two lines would run past the window's foot: one line, as wide as it needs.
     skipped->resize(skipped->sizeHint().width(), skipped->height());
     skipped->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+}
+
+void MainWindow::popUpMenu(QMenu *menu, QWidget *button)
+{
+    // Pending events run first, so that the button has drawn itself up again.
+    QCoreApplication::processEvents();
+    // The menu opens at the button's top right corner.
+    menu->popup(mapToGlobal(QPoint(button->x() + button->width(), button->y())));
 }
 
 void MainWindow::createLabelClicked()
@@ -413,7 +442,7 @@ void MainWindow::browseForDownloadDir()
             ask->browseForFolder(QStringLiteral("Please, Select the download folder."));
         if (dir.isEmpty())
             return;
-        if (onOpticalDisc(dir)) {
+        if (m_isOpticalDrive && m_isOpticalDrive(dir)) {
             ask->messageBox(
                 QStringLiteral("Selected drive is CD ROM, Please select another folder"),
                 Prompts::Icon::Exclamation, Prompts::Buttons::Ok);
@@ -510,8 +539,10 @@ void MainWindow::paintEvent(QPaintEvent *)
 void MainWindow::mousePressEvent(QMouseEvent *event)
 {
     // Any button drags, but only on the window's very top.
-    if (event->position().y() * 15 < kDragBandTwips && windowHandle()) {
-        windowHandle()->startSystemMove();
+    if (event->position().y() * 15 < kDragBandTwips) {
+        emit windowDragStarted();
+        if (windowHandle())
+            windowHandle()->startSystemMove();
         return;
     }
     QWidget::mousePressEvent(event);

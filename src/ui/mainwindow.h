@@ -2,10 +2,14 @@
 
 #include <QWidget>
 
+#include <functional>
+
 class AppCore;
 class ClickLabel;
 class DownloadListModel;
+class GridModel;
 class LinkTextBox;
+class QMenu;
 class Prompts;
 class QCheckBox;
 class QLabel;
@@ -26,6 +30,10 @@ public:
 
     AppCore *core() const { return m_core; }
     DownloadListModel *model() const { return m_model; }
+    // The grid's own model over model(): what the grid's indexes belong to.
+    GridModel *gridModel() const { return m_gridModel; }
+    QMenu *startMenu() const { return m_startMenu; }
+    QMenu *stopMenu() const { return m_stopMenu; }
     QTreeView *grid() const { return m_grid; }
     LinkTextBox *linksBox() const { return m_links; }
     QSystemTrayIcon *trayIcon() const { return m_tray; }
@@ -39,6 +47,15 @@ public:
     // The first site row's state decides for all: expanded rows collapse,
     // otherwise every site row expands.
     void expandCollapseAll();
+
+    // Whether a chosen folder lies on an optical disc, which can't take
+    // downloads; the folder picker opens again for such a folder.
+    using OpticalDriveTest = std::function<bool(const QString &path)>;
+    void setOpticalDriveTest(OpticalDriveTest test) { m_isOpticalDrive = std::move(test); }
+
+signals:
+    // A press on the window's top band: the desktop drags the window now.
+    void windowDragStarted();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -54,11 +71,16 @@ private:
     void formatSiteRows();
     void browseForDownloadDir();
     void createLabelClicked();
+    void popUpMenu(QMenu *menu, QWidget *button);
     Prompts *prompts() const;
 
     AppCore *m_core;
     Prompts *m_prompts;
     DownloadListModel *m_model = nullptr;
+    GridModel *m_gridModel = nullptr;
+    QMenu *m_startMenu = nullptr;
+    QMenu *m_stopMenu = nullptr;
+    OpticalDriveTest m_isOpticalDrive;
     LinkTextBox *m_links = nullptr;
     QTreeView *m_grid = nullptr;
     QLabel *m_downloadDir = nullptr;

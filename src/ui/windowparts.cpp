@@ -49,6 +49,34 @@ void SkinButton::leaveEvent(QEvent *event)
     QAbstractButton::leaveEvent(event);
 }
 
+void SkinButton::setDropDownWidth(int width)
+{
+    m_dropDownWidth = qMax(0, width);
+    update();
+}
+
+QRect SkinButton::dropDownRect() const
+{
+    if (m_dropDownWidth <= 0)
+        return QRect();
+    return QRect(width() - m_dropDownWidth, 0, m_dropDownWidth, height());
+}
+
+void SkinButton::mousePressEvent(QMouseEvent *event)
+{
+    if (isEnabled() && dropDownRect().contains(event->position().toPoint())) {
+        event->accept();
+        emit dropDownClicked();
+        return;
+    }
+    QAbstractButton::mousePressEvent(event);
+}
+
+bool SkinButton::hitButton(const QPoint &pos) const
+{
+    return QAbstractButton::hitButton(pos) && !dropDownRect().contains(pos);
+}
+
 void SkinButton::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
@@ -70,12 +98,29 @@ void SkinButton::paintEvent(QPaintEvent *)
     p.setBrush(face);
     p.drawRoundedRect(box, radius, radius);
 
+    QRect captionRect = rect();
+    if (m_dropDownWidth > 0) {
+        // The drop-down part: a divider and a small triangle pointing down.
+        const QRectF part = dropDownRect();
+        captionRect.setRight(int(part.left()) - 1);
+        p.setPen(QPen(face.darker(140), 1));
+        p.drawLine(QPointF(part.left() + 0.5, box.top() + 4),
+                   QPointF(part.left() + 0.5, box.bottom() - 4));
+        const qreal t = qMin(part.width(), part.height()) * 0.22;
+        const QPointF c = part.center() + QPointF(0.5, 0.5);
+        p.setPen(Qt::NoPen);
+        p.setBrush(ink);
+        p.drawPolygon(
+            QPolygonF({QPointF(c.x() - t, c.y() - t / 2), QPointF(c.x() + t, c.y() - t / 2),
+                       QPointF(c.x(), c.y() + t / 2 + 1)}));
+    }
+
     if (m_glyph == Glyph::None || height() < 20 || text().isEmpty()) {
         if (m_glyph != Glyph::None) {
             drawGlyph(p, box, ink);
         } else {
             p.setPen(ink);
-            p.drawText(rect(), Qt::AlignCenter, text().remove(u'&'));
+            p.drawText(captionRect, Qt::AlignCenter, text().remove(u'&'));
         }
         return;
     }

@@ -43,8 +43,19 @@ public:
 
     QSize sizeHint() const override { return size(); }
 
+    // A split button: its right end is a drop-down part of this width that
+    // reports dropDownClicked() instead of a click.
+    void setDropDownWidth(int width);
+    int dropDownWidth() const { return m_dropDownWidth; }
+    QRect dropDownRect() const;
+
+signals:
+    void dropDownClicked();
+
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    bool hitButton(const QPoint &pos) const override;
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
 
@@ -54,6 +65,7 @@ private:
     Glyph m_glyph;
     Colours m_colours;
     bool m_hover = false;
+    int m_dropDownWidth = 0;
 };
 
 // A label that reports a click, as the window's caption labels do.

@@ -1,0 +1,268 @@
+// How long the window's event handling can stall while seven sites transfer.
+//
+// A server in a child process of its own (forked before Qt starts, one
+// grandchild per connection) answers every request on 127.0.0.1 with a
+// Content-Length of 2 GiB and that many bytes of a repeating pattern. The
+// real main window runs over the real AppCore; seven sites (all but
+// MediaFire) get ten rows each, enough to keep every site busy throughout,
+// and a stand-in recipe per site puts the test server's address into the
+// row, as a site's recipe would, after which the real queues, countdown
+// timers and transfer controls carry the rows. The files are written to
+// /dev/null through links, so the disk stays out of it. For 30 seconds a
+// 10 ms timer measures how late it fires: the largest lateness is the
+// longest time the event loop was kept from handling a posted event. The
+// last line says max_delay_ms=...
+#include "app/appcore.h"
+#include "app/prompts.h"
+#include "list/sitetable.h"
+#include "scheduling/sitequeues.h"
+#include "transfer/downloadasynch.h"
+#include "ui/mainwindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QTreeView>
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <csignal>
+#include <cstdio>
+#include <netinet/in.h>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr qint64 kFileSize = qint64(2) << 30;
+constexpr size_t kBlock = 1 << 20;
+constexpr int kSeconds = 30;
+constexpr int kRowsPerSite = 10;
+constexpr int kTickMs = 10;
+
+// One connection: read the request, send the header and the body.
+[[noreturn]] void serveOne(int fd, const std::vector<char> &block)
+{
+    std::string request;
+    char buf[4096];
+    while (request.find("\r\n\r\n") == std::string::npos) {
+        const ssize_t n = recv(fd, buf, sizeof buf, 0);
+        if (n <= 0)
+            _exit(0);
+        request.append(buf, size_t(n));
+    }
+    const std::string header = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(kFileSize) +
+                               "\r\nContent-Type: application/octet-stream\r\n"
+                               "Connection: close\r\n\r\n";
+    bool ok = send(fd, header.data(), header.size(), MSG_NOSIGNAL) == ssize_t(header.size());
+    for (qint64 sent = 0; ok && sent < kFileSize;) {
+        const size_t offset = size_t(sent % qint64(kBlock));
+        const size_t want = size_t(std::min<qint64>(qint64(kBlock - offset), kFileSize - sent));
+        const ssize_t n = send(fd, block.data() + offset, want, MSG_NOSIGNAL);
+        if (n <= 0)
+            ok = false;
+        else
+            sent += n;
+    }
+    close(fd);
+    _exit(0);
+}
+
+[[noreturn]] void serve(int listener)
+{
+    std::vector<char> block(kBlock);
+    quint64 x = 0x9E3779B97F4A7C15ull;
+    for (char &c : block) {
+        x ^= x << 13;
+        x ^= x >> 7;
+        x ^= x << 17;
+        c = static_cast<char>(x >> 56);
+    }
+    signal(SIGCHLD, SIG_IGN); // no zombies
+    for (;;) {
+        const int fd = accept(listener, nullptr, nullptr);
+        if (fd < 0)
+            continue;
+        if (fork() == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGTERM);
+            close(listener);
+            serveOne(fd, block);
+        }
+        close(fd);
+    }
+}
+
+class SilentPrompts : public Prompts
+{
+public:
+    Answer messageBox(const QString &text, Icon, Buttons buttons, const QString &) override
+    {
+        std::fprintf(stderr, "message: %s\n", qPrintable(text));
+        return buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel ? Answer::Yes
+                                                                            : Answer::Ok;
+    }
+    void balloon(int, const QString &, const QString &, int) override {}
+    QString browseForFolder(const QString &) override { return QString(); }
+    bool openExternal(const QString &) override { return false; }
+};
+
+// Stands in for a site's recipe: the test server's file, no wait. Sites
+// whose countdown hands the row on get it through their timer; the others
+// (no timer, or a recipe that starts the transfer itself) hand off at once.
+class StandInResolver : public SiteResolver
+{
+public:
+    StandInResolver(int port, QString folder) : m_port(port), m_folder(std::move(folder)) {}
+
+    void resolve(SiteContext &ctx) override
+    {
+        const QString name = QStringLiteral("site%1_%2.bin").arg(ctx.site).arg(++m_count);
+        ctx.cursor.setField(Field::DirectURL,
+                            QStringLiteral("http://127.0.0.1:%1/%2").arg(m_port).arg(name));
+        ctx.cursor.setField(Field::LocalFile, name);
+        ctx.cursor.setField(Field::LocalFilePath, m_folder);
+        ctx.cursor.setField(Field::FileSize, QStringLiteral("2 GB"));
+        ctx.cursor.setField(Field::WaitTimeInSec, QStringLiteral("0"));
+        ctx.cursor.setField(Field::Status, QStringLiteral("Wait 0 Seconds"));
+        ctx.bLinkReady = true;
+        // The transfer writes into /dev/null through a link of the file's name.
+        const QString path = m_folder + u'/' + name;
+        QFile::remove(path);
+        QFile::link(QStringLiteral("/dev/null"), path);
+        if (ctx.timer && ctx.traits->waitEnd != WaitEnd::ResolveIfStepOne)
+            ctx.startTimer(1000);
+        else
+            ctx.handOff();
+    }
+
+private:
+    int m_port;
+    QString m_folder;
+    int m_count = 0;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const int listener = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof addr;
+    if (listener < 0 || bind(listener, reinterpret_cast<sockaddr *>(&addr), sizeof addr) != 0 ||
+        listen(listener, 16) != 0 ||
+        getsockname(listener, reinterpret_cast<sockaddr *>(&addr), &len) != 0) {
+        std::perror("listen");
+        return 1;
+    }
+    const int port = ntohs(addr.sin_port);
+    const pid_t server = fork();
+    if (server == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        serve(listener);
+    }
+    close(listener);
+
+    // A private home for settings and the list; no screen needed.
+    QTemporaryDir home;
+    for (const char *var : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+        qputenv(var, home.path().toLocal8Bit());
+    const QString runtime = home.filePath(QStringLiteral("runtime"));
+    QDir().mkpath(runtime);
+    QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    qputenv("XDG_RUNTIME_DIR", runtime.toLocal8Bit());
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
+    QApplication app(argc, argv);
+    SilentPrompts prompts;
+    AppCore core(&prompts);
+    core.setLinkListPath(home.filePath(QStringLiteral("LinkList.lq")));
+    const QString folder = home.filePath(QStringLiteral("downloads"));
+    QDir().mkpath(folder);
+
+    MainWindow window(&core, &prompts);
+    window.show();
+
+    std::vector<int> sites;
+    for (int site = 1; site <= Sites::Count; ++site) {
+        if (site == Sites::MediaFire)
+            continue;
+        sites.push_back(site);
+        core.queues().setResolver(site, std::make_unique<StandInResolver>(port, folder));
+        for (int k = 0; k < kRowsPerSite; ++k)
+            core.list().addLinkToList(
+                QStringLiteral("http://site%1.example/file/%2").arg(site).arg(k), site, &prompts);
+    }
+    window.expandCollapseAll();
+
+    // Bytes received, summed over every transfer.
+    double received = 0;
+    std::vector<double> current(Sites::Count + 1, 0);
+    int completed = 0;
+    for (int site : sites) {
+        DownloadAsynch &d = core.queues().downloader(site);
+        QObject::connect(
+            &d, &DownloadAsynch::progress, &app,
+            [&current, site](double, int, float bytes, float, float) { current[site] = bytes; });
+        QObject::connect(&d, &DownloadAsynch::fileBegin, &app, [&, site](float) {
+            received += current[site];
+            current[site] = 0;
+        });
+        QObject::connect(&d, &DownloadAsynch::complete, &app, [&] { ++completed; });
+    }
+
+    // The probe: a 10 ms timer and how late each of its ticks comes.
+    QElapsedTimer clock;
+    double maxDelay = 0;
+    qint64 ticks = 0;
+    qint64 last = 0;
+    QTimer probe;
+    probe.setTimerType(Qt::PreciseTimer);
+    probe.setInterval(kTickMs);
+    QObject::connect(&probe, &QTimer::timeout, &app, [&] {
+        const qint64 now = clock.nsecsElapsed();
+        const double late = (now - last) / 1e6 - kTickMs;
+        maxDelay = std::max(maxDelay, late);
+        last = now;
+        ++ticks;
+    });
+
+    QTimer::singleShot(0, &app, [&] {
+        clock.start();
+        last = clock.nsecsElapsed();
+        probe.start();
+        // The start button, as a user clicks it.
+        core.startDownloadClicked();
+    });
+    int activeAtEnd = 0;
+    QTimer::singleShot(kSeconds * 1000, &app, [&] {
+        probe.stop();
+        for (int site : sites)
+            activeAtEnd += core.queues().isDownloading(site);
+        core.stopAllDownloads();
+        QTimer::singleShot(200, &app, [] { QCoreApplication::exit(0); });
+    });
+    app.exec();
+
+    for (int site : sites)
+        received += current[site];
+    const double seconds = clock.nsecsElapsed() / 1e9;
+    kill(server, SIGTERM);
+    waitpid(server, nullptr, 0);
+
+    std::printf("sites=%zu seconds=%.1f received_mib=%.0f throughput_mib_s=%.1f completed=%d "
+                "busy_at_end=%d ticks=%lld\n",
+                sites.size(), seconds, received / (1 << 20), received / (1 << 20) / seconds,
+                completed, activeAtEnd, static_cast<long long>(ticks));
+    std::printf("max_delay_ms=%.1f\n", maxDelay);
+    return 0;
+}
