@@ -7,6 +7,7 @@
 // temporary file; curl writes to one too. Each client runs several times, in
 // turn; the medians of wall time and CPU time (user + system of the client
 // alone) are printed, and on the last line the ratios ours / curl's.
+#include "patternserver.h"
 #include "transfer/downloadasynch.h"
 
 #include <QCoreApplication>
@@ -35,7 +36,6 @@ namespace {
 
 constexpr qint64 kFileSize = qint64(1) << 30;
 constexpr int kRuns = 3;
-constexpr size_t kBlock = 1 << 20;
 
 double cpuSeconds(const rusage &ru)
 {
@@ -50,46 +50,6 @@ double now()
     return ts.tv_sec + ts.tv_nsec / 1e9;
 }
 
-// The server's side: one connection at a time, for as long as it lives.
-[[noreturn]] void serve(int listener)
-{
-    std::vector<char> block(kBlock);
-    quint64 x = 0x9E3779B97F4A7C15ull;
-    for (char &c : block) {
-        x ^= x << 13;
-        x ^= x >> 7;
-        x ^= x << 17;
-        c = static_cast<char>(x >> 56);
-    }
-    const std::string header = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(kFileSize) +
-                               "\r\nContent-Type: application/octet-stream\r\n"
-                               "Connection: close\r\n\r\n";
-    for (;;) {
-        const int fd = accept(listener, nullptr, nullptr);
-        if (fd < 0)
-            continue;
-        std::string request;
-        char buf[4096];
-        while (request.find("\r\n\r\n") == std::string::npos) {
-            const ssize_t n = recv(fd, buf, sizeof buf, 0);
-            if (n <= 0)
-                break;
-            request.append(buf, size_t(n));
-        }
-        bool ok = send(fd, header.data(), header.size(), MSG_NOSIGNAL) == ssize_t(header.size());
-        for (qint64 sent = 0; ok && sent < kFileSize;) {
-            const size_t offset = size_t(sent % qint64(kBlock));
-            const size_t want = size_t(std::min<qint64>(qint64(kBlock - offset), kFileSize - sent));
-            const ssize_t n = send(fd, block.data() + offset, want, MSG_NOSIGNAL);
-            if (n <= 0)
-                ok = false;
-            else
-                sent += n;
-        }
-        close(fd);
-    }
-}
-
 double median(std::vector<double> v)
 {
     std::sort(v.begin(), v.end());
@@ -100,25 +60,10 @@ double median(std::vector<double> v)
 
 int main(int argc, char **argv)
 {
-    const int listener = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    addr.sin_port = 0;
-    socklen_t len = sizeof addr;
-    if (listener < 0 || bind(listener, reinterpret_cast<sockaddr *>(&addr), sizeof addr) != 0 ||
-        listen(listener, 4) != 0 ||
-        getsockname(listener, reinterpret_cast<sockaddr *>(&addr), &len) != 0) {
-        std::perror("listen");
+    const PatternServer::Handle server = PatternServer::start(kFileSize, false);
+    if (server.pid < 0)
         return 1;
-    }
-    const int port = ntohs(addr.sin_port);
-    const pid_t server = fork();
-    if (server == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        serve(listener);
-    }
-    close(listener);
+    const int port = server.port;
 
     QCoreApplication app(argc, argv);
     QTemporaryDir dir;
@@ -195,8 +140,7 @@ int main(int argc, char **argv)
         }
     }
 
-    kill(server, SIGTERM);
-    waitpid(server, nullptr, 0);
+    PatternServer::stop(server);
     if (failed)
         return 1;
 

@@ -15,6 +15,7 @@
 #include "app/appcore.h"
 #include "app/prompts.h"
 #include "list/sitetable.h"
+#include "patternserver.h"
 #include "scheduling/sitequeues.h"
 #include "transfer/downloadasynch.h"
 #include "ui/mainwindow.h"
@@ -42,62 +43,9 @@
 namespace {
 
 constexpr qint64 kFileSize = qint64(2) << 30;
-constexpr size_t kBlock = 1 << 20;
 constexpr int kSeconds = 30;
 constexpr int kRowsPerSite = 10;
 constexpr int kTickMs = 10;
-
-// One connection: read the request, send the header and the body.
-[[noreturn]] void serveOne(int fd, const std::vector<char> &block)
-{
-    std::string request;
-    char buf[4096];
-    while (request.find("\r\n\r\n") == std::string::npos) {
-        const ssize_t n = recv(fd, buf, sizeof buf, 0);
-        if (n <= 0)
-            _exit(0);
-        request.append(buf, size_t(n));
-    }
-    const std::string header = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(kFileSize) +
-                               "\r\nContent-Type: application/octet-stream\r\n"
-                               "Connection: close\r\n\r\n";
-    bool ok = send(fd, header.data(), header.size(), MSG_NOSIGNAL) == ssize_t(header.size());
-    for (qint64 sent = 0; ok && sent < kFileSize;) {
-        const size_t offset = size_t(sent % qint64(kBlock));
-        const size_t want = size_t(std::min<qint64>(qint64(kBlock - offset), kFileSize - sent));
-        const ssize_t n = send(fd, block.data() + offset, want, MSG_NOSIGNAL);
-        if (n <= 0)
-            ok = false;
-        else
-            sent += n;
-    }
-    close(fd);
-    _exit(0);
-}
-
-[[noreturn]] void serve(int listener)
-{
-    std::vector<char> block(kBlock);
-    quint64 x = 0x9E3779B97F4A7C15ull;
-    for (char &c : block) {
-        x ^= x << 13;
-        x ^= x >> 7;
-        x ^= x << 17;
-        c = static_cast<char>(x >> 56);
-    }
-    signal(SIGCHLD, SIG_IGN); // no zombies
-    for (;;) {
-        const int fd = accept(listener, nullptr, nullptr);
-        if (fd < 0)
-            continue;
-        if (fork() == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGTERM);
-            close(listener);
-            serveOne(fd, block);
-        }
-        close(fd);
-    }
-}
 
 class SilentPrompts : public Prompts
 {
@@ -152,24 +100,10 @@ private:
 
 int main(int argc, char **argv)
 {
-    const int listener = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t len = sizeof addr;
-    if (listener < 0 || bind(listener, reinterpret_cast<sockaddr *>(&addr), sizeof addr) != 0 ||
-        listen(listener, 16) != 0 ||
-        getsockname(listener, reinterpret_cast<sockaddr *>(&addr), &len) != 0) {
-        std::perror("listen");
+    const PatternServer::Handle server = PatternServer::start(kFileSize, true);
+    if (server.pid < 0)
         return 1;
-    }
-    const int port = ntohs(addr.sin_port);
-    const pid_t server = fork();
-    if (server == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        serve(listener);
-    }
-    close(listener);
+    const int port = server.port;
 
     // A private home for settings and the list; no screen needed.
     QTemporaryDir home;
@@ -256,8 +190,7 @@ int main(int argc, char **argv)
     for (int site : sites)
         received += current[site];
     const double seconds = clock.nsecsElapsed() / 1e9;
-    kill(server, SIGTERM);
-    waitpid(server, nullptr, 0);
+    PatternServer::stop(server);
 
     std::printf("sites=%zu seconds=%.1f received_mib=%.0f throughput_mib_s=%.1f completed=%d "
                 "busy_at_end=%d ticks=%lld\n",
