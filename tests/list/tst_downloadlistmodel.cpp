@@ -10,11 +10,10 @@ class TestDownloadListModel : public QObject
     Q_OBJECT
 private slots:
     void treeShape();
-    void testerThroughChanges();
+    void changesAndReopen();
     void fieldWriteIsOneCell_data();
     void fieldWriteIsOneCell();
     void persistentIndexesSurvive();
-    void resetOnlyOnReopen();
     void checkBoxColumn();
     void headerTexts_data();
     void headerTexts();
@@ -24,85 +23,104 @@ namespace {
 const int kLink = int(Field::LinkURL);
 const int kStatus = int(Field::Status);
 
-QString linkAt(const DownloadListModel &model, int site, int row)
+// An opened, empty list and its model, watched throughout by Qt's model tester.
+struct Fixture
 {
-    return model.index(row, kLink, model.siteIndex(site)).data().toString();
-}
+    Fixture() { list.open(); }
+    QModelIndex site(int number, int column = 0) const { return model.siteIndex(number, column); }
+    // A cell of a link row, or with row -1 of the site row itself.
+    QString text(int number, int row, int column) const
+    {
+        const QModelIndex cell =
+            row < 0 ? site(number, column) : model.index(row, column, site(number));
+        return cell.data().toString();
+    }
+    QList<int> counts(std::initializer_list<int> sites) const
+    {
+        QList<int> result;
+        for (int number : sites)
+            result << model.rowCount(site(number));
+        return result;
+    }
+    // One link, or with copies the pattern's %1 filled with 0, 1, ...
+    void add(int number, const QString &link, int copies = 0)
+    {
+        for (int i = 0; i < qMax(copies, 1); ++i)
+            list.addLinkToList(copies ? link.arg(i) : link, number, nullptr);
+    }
+
+    DownloadList list;
+    DownloadListModel model{&list};
+    QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
 } // namespace
 
 void TestDownloadListModel::treeShape()
 {
-    DownloadList list;
-    list.open();
-    DownloadListModel model(&list);
-    QCOMPARE(model.rowCount(), 8);
+    Fixture f;
+    QCOMPARE(f.model.rowCount(), 8);
     for (int i = 0; i < 8; ++i) {
-        const QModelIndex site = model.index(i, DownloadListModel::SiteName);
-        QCOMPARE(site.data().toString(), list.siteRowAt(i)->siteName);
-        QCOMPARE(model.index(i, DownloadListModel::SiteId).data().toInt(), i + 1);
-        QCOMPARE(model.index(i, DownloadListModel::SiteActiveTotal).data().toString(),
-                 QString("0 Active, 0 Total"));
-        QVERIFY(!model.parent(site).isValid());
-        QCOMPARE(model.rowCount(model.index(i, 0)), 0);
+        const QModelIndex site = f.model.index(i, DownloadListModel::SiteName);
+        QCOMPARE((QStringList{site.data().toString(), f.text(i + 1, -1, DownloadListModel::SiteId),
+                              f.text(i + 1, -1, DownloadListModel::SiteActiveTotal)}),
+                 (QStringList{f.list.siteRowAt(i)->siteName, QString::number(i + 1),
+                              "0 Active, 0 Total"}));
+        QVERIFY(!f.model.parent(site).isValid());
+        QCOMPARE(f.model.rowCount(f.model.index(i, 0)), 0);
     }
 
-    list.addLinkToList("hotfile.com/dl/1/a.rar", 7, nullptr);
-    list.addLinkToList("hotfile.com/dl/2/b.rar", 7, nullptr);
-    list.addLinkToList("rapidshare.com/files/3/c.zip", 1, nullptr);
-    const QModelIndex hotFile = model.siteIndex(7);
-    QCOMPARE(hotFile.row(), 6);
-    QCOMPARE(model.rowCount(hotFile), 2);
-    QCOMPARE(model.rowCount(model.siteIndex(1)), 1);
+    f.add(7, "hotfile.com/dl/1/a.rar");
+    f.add(7, "hotfile.com/dl/2/b.rar");
+    f.add(1, "rapidshare.com/files/3/c.zip");
+    const QModelIndex hotFile = f.site(7);
     // Children live under column 0 only.
-    QCOMPARE(model.rowCount(model.siteIndex(7, DownloadListModel::SiteName)), 0);
-    const QModelIndex second = model.index(1, kStatus, hotFile);
-    QCOMPARE(second.data().toString(), QString("Waiting"));
-    QCOMPARE(model.index(1, kLink, hotFile).data().toString(), QString("hotfile.com/dl/2/b.rar"));
-    QCOMPARE(model.parent(second), hotFile);
-    QCOMPARE(model.rowCount(second), 0);
-    QCOMPARE(model.columnCount(second), 0);
-    QCOMPARE(DownloadListModel::linkRowOf(second), list.childAt(7, 1));
-    QCOMPARE(model.linkIndex(list.childAt(7, 1), kStatus), second);
+    QCOMPARE((QList<int>{hotFile.row(), f.model.rowCount(hotFile), f.model.rowCount(f.site(1)),
+                         f.model.rowCount(f.site(7, DownloadListModel::SiteName))}),
+             (QList<int>{6, 2, 1, 0}));
+    const QModelIndex second = f.model.index(1, kStatus, hotFile);
+    QCOMPARE((QStringList{second.data().toString(), f.text(7, 1, kLink)}),
+             (QStringList{"Waiting", "hotfile.com/dl/2/b.rar"}));
+    QCOMPARE(f.model.parent(second), hotFile);
+    QCOMPARE(f.model.rowCount(second) + f.model.columnCount(second), 0);
+    QCOMPARE(DownloadListModel::linkRowOf(second), f.list.childAt(7, 1));
+    QCOMPARE(f.model.linkIndex(f.list.childAt(7, 1), kStatus), second);
 }
 
-void TestDownloadListModel::testerThroughChanges()
+void TestDownloadListModel::changesAndReopen()
 {
-    DownloadList list;
-    list.open();
-    DownloadListModel model(&list);
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    Fixture f;
+    QSignalSpy aboutToReset(&f.model, &QAbstractItemModel::modelAboutToBeReset);
+    QSignalSpy reset(&f.model, &QAbstractItemModel::modelReset);
+    f.add(1, "rapidshare.com/files/%1/a.zip", 5);
+    f.add(6, "depositfiles.com/files/%1", 5);
+    f.add(5, "mediafire.com/?abc");
 
-    for (int i = 0; i < 5; ++i) {
-        list.addLinkToList(QString("rapidshare.com/files/%1/a.zip").arg(i), 1, nullptr);
-        list.addLinkToList(QString("depositfiles.com/files/%1").arg(i), 6, nullptr);
-    }
-    list.addLinkToList("mediafire.com/?abc", 5, nullptr);
-    QCOMPARE(model.rowCount(model.siteIndex(1)), 5);
-    QCOMPARE(model.rowCount(model.siteIndex(6)), 5);
-
-    RowCursor rows = list.getSiteRecords(1);
+    RowCursor rows = f.list.getSiteRecords(1);
     rows.moveNext();
     rows.setField(Field::Status, "45.67");
     rows.setField(Field::CheckBox, 1);
-    QVERIFY(model.setData(model.index(3, int(Field::CheckBox), model.siteIndex(6)), Qt::Checked,
-                          Qt::CheckStateRole));
+    QVERIFY(f.model.setData(f.model.index(3, int(Field::CheckBox), f.site(6)), Qt::Checked,
+                            Qt::CheckStateRole));
 
     // Remove first, middle and last rows.
-    list.removeRow(list.childAt(1, 0));
-    list.removeRow(list.childAt(6, 2));
-    list.removeRow(list.childAt(6, 3));
-    list.removeRow(list.childAt(5, 0));
-    QCOMPARE(model.rowCount(model.siteIndex(1)), 4);
-    QCOMPARE(model.rowCount(model.siteIndex(6)), 3);
-    QCOMPARE(model.rowCount(model.siteIndex(5)), 0);
-    QCOMPARE(linkAt(model, 1, 0), QString("rapidshare.com/files/1/a.zip"));
-    QCOMPARE(model.index(0, kStatus, model.siteIndex(1)).data().toString(), QString("45.67"));
+    f.list.removeRow(f.list.childAt(1, 0));
+    f.list.removeRow(f.list.childAt(6, 2));
+    f.list.removeRow(f.list.childAt(6, 3));
+    f.list.removeRow(f.list.childAt(5, 0));
+    QCOMPARE(f.counts({1, 6, 5}), (QList<int>{4, 3, 0}));
+    QCOMPARE((QStringList{f.text(1, 0, kLink), f.text(1, 0, kStatus)}),
+             (QStringList{"rapidshare.com/files/1/a.zip", "45.67"}));
+    QCOMPARE(reset.count(), 0);
 
-    list.open();
-    QCOMPARE(model.rowCount(), 8);
-    QCOMPARE(model.rowCount(model.siteIndex(1)), 0);
-    list.addLinkToList("rapidshare.com/files/9/z.zip", 1, nullptr);
-    QCOMPARE(linkAt(model, 1, 0), QString("rapidshare.com/files/9/z.zip"));
+    // Only reopening the list resets the model, and drops every link row.
+    const QPersistentModelIndex row(f.model.index(0, kLink, f.site(6)));
+    f.list.open();
+    QCOMPARE((QList<qsizetype>{aboutToReset.count(), reset.count()}), (QList<qsizetype>{1, 1}));
+    QVERIFY(!row.isValid());
+    QCOMPARE(f.model.rowCount(), 8);
+    QCOMPARE(f.counts({1, 6}), (QList<int>{0, 0}));
+    f.add(1, "rapidshare.com/files/9/z.zip");
+    QCOMPARE(f.text(1, 0, kLink), QString("rapidshare.com/files/9/z.zip"));
 }
 
 void TestDownloadListModel::fieldWriteIsOneCell_data()
@@ -120,138 +138,102 @@ void TestDownloadListModel::fieldWriteIsOneCell()
 {
     QFETCH(int, field);
     QFETCH(QString, value);
-    DownloadList list;
-    list.open();
-    DownloadListModel model(&list);
-    for (int i = 0; i < 3; ++i)
-        list.addLinkToList(QString("hotfile.com/dl/%1/x.rar").arg(i), 7, nullptr);
-    list.addLinkToList("rapidshare.com/files/1/a.zip", 1, nullptr);
+    Fixture f;
+    f.add(7, "hotfile.com/dl/%1/x.rar", 3);
+    f.add(1, "rapidshare.com/files/1/a.zip");
 
-    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-    QSignalSpy layout(&model, &QAbstractItemModel::layoutChanged);
-    LinkRow *row = list.childAt(7, 1);
-    list.setField(row, Field(field), value);
-    QCOMPARE(changed.count(), 1);
-    const QModelIndex cell = model.index(1, field, model.siteIndex(7));
-    QCOMPARE(changed.at(0).at(0).toModelIndex(), cell);
-    QCOMPARE(changed.at(0).at(1).toModelIndex(), cell);
-    QCOMPARE(reset.count(), 0);
-    QCOMPARE(layout.count(), 0);
+    QSignalSpy changed(&f.model, &QAbstractItemModel::dataChanged);
+    QSignalSpy reset(&f.model, &QAbstractItemModel::modelReset);
+    QSignalSpy layout(&f.model, &QAbstractItemModel::layoutChanged);
+    LinkRow *row = f.list.childAt(7, 1);
+    f.list.setField(row, Field(field), value);
+    const QModelIndex cell = f.model.index(1, field, f.site(7));
+    QCOMPARE((QList<qsizetype>{changed.count(), reset.count(), layout.count()}),
+             (QList<qsizetype>{1, 0, 0}));
+    QCOMPARE(changed.at(0).mid(0, 2), (QVariantList{cell, cell}));
     if (Field(field) != Field::CheckBox)
         QCOMPARE(cell.data().toString(), value);
 
     // Writing the value a cell already holds repaints nothing.
-    list.setField(row, Field(field), value);
+    f.list.setField(row, Field(field), value);
     QCOMPARE(changed.count(), 1);
 }
 
 void TestDownloadListModel::persistentIndexesSurvive()
 {
-    DownloadList list;
-    list.open();
-    DownloadListModel model(&list);
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
-    for (int i = 0; i < 4; ++i)
-        list.addLinkToList(QString("hotfile.com/dl/%1/x.rar").arg(i), 7, nullptr);
-    list.addLinkToList("rapidshare.com/files/1/a.zip", 1, nullptr);
+    Fixture f;
+    f.add(7, "hotfile.com/dl/%1/x.rar", 4);
+    f.add(1, "rapidshare.com/files/1/a.zip");
 
-    QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
-    QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
-    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-
-    const QPersistentModelIndex third(model.index(2, kLink, model.siteIndex(7)));
-    const QPersistentModelIndex last(model.index(3, kStatus, model.siteIndex(7)));
-    const QPersistentModelIndex other(model.index(0, kLink, model.siteIndex(1)));
-    const QPersistentModelIndex hotFile(model.siteIndex(7, DownloadListModel::SiteName));
+    QSignalSpy inserted(&f.model, &QAbstractItemModel::rowsInserted);
+    QSignalSpy removed(&f.model, &QAbstractItemModel::rowsRemoved);
+    QSignalSpy reset(&f.model, &QAbstractItemModel::modelReset);
+    const QPersistentModelIndex third(f.model.index(2, kLink, f.site(7)));
+    const QPersistentModelIndex last(f.model.index(3, kStatus, f.site(7)));
+    const QPersistentModelIndex other(f.model.index(0, kLink, f.site(1)));
+    const QPersistentModelIndex hotFile(f.site(7, DownloadListModel::SiteName));
+    // Row and text of a kept index.
+    auto at = [](const QPersistentModelIndex &index) {
+        return QString("%1 %2").arg(index.row()).arg(index.data().toString());
+    };
 
     // A new row goes at the end of its site: nothing moves.
-    list.addLinkToList("hotfile.com/dl/9/new.rar", 7, nullptr);
-    QCOMPARE(inserted.count(), 1);
-    QCOMPARE(inserted.at(0).at(0).toModelIndex(), model.siteIndex(7));
-    QCOMPARE(inserted.at(0).at(1).toInt(), 4);
-    QCOMPARE(inserted.at(0).at(2).toInt(), 4);
-    QCOMPARE(third.row(), 2);
-    QCOMPARE(third.data().toString(), QString("hotfile.com/dl/2/x.rar"));
+    f.add(7, "hotfile.com/dl/9/new.rar");
+    QCOMPARE(QList<QVariantList>(inserted), (QList<QVariantList>{{f.site(7), 4, 4}}));
+    QCOMPARE(at(third), QString("2 hotfile.com/dl/2/x.rar"));
 
     // Removing a row before it moves it up and keeps it on its link.
-    list.removeRow(list.childAt(7, 0));
+    f.list.removeRow(f.list.childAt(7, 0));
     QCOMPARE(removed.count(), 1);
-    QCOMPARE(third.row(), 1);
-    QCOMPARE(third.data().toString(), QString("hotfile.com/dl/2/x.rar"));
-    QCOMPARE(last.row(), 2);
+    QCOMPARE((QStringList{at(third), at(last), at(other), at(hotFile)}),
+             (QStringList{"1 hotfile.com/dl/2/x.rar", "2 Waiting", "0 rapidshare.com/files/1/a.zip",
+                          "6 HotFile"}));
     QCOMPARE(last.column(), kStatus);
-    QCOMPARE(DownloadListModel::linkRowOf(last), list.childAt(7, 2));
-    QCOMPARE(other.data().toString(), QString("rapidshare.com/files/1/a.zip"));
-    QCOMPARE(hotFile.data().toString(), QString("HotFile"));
+    QCOMPARE(DownloadListModel::linkRowOf(last), f.list.childAt(7, 2));
 
     // Removing a row after it leaves it where it is; removing it drops it.
-    list.removeRow(list.childAt(7, 3));
-    QCOMPARE(third.row(), 1);
-    QCOMPARE(last.row(), 2);
-    list.removeRow(list.childAt(7, 1));
+    f.list.removeRow(f.list.childAt(7, 3));
+    QCOMPARE((QList<int>{third.row(), last.row()}), (QList<int>{1, 2}));
+    f.list.removeRow(f.list.childAt(7, 1));
     QVERIFY(!third.isValid());
-    QCOMPARE(last.row(), 1);
-    QCOMPARE(last.data().toString(), QString("Waiting"));
-    QCOMPARE(other.row(), 0);
+    QCOMPARE((QStringList{at(last), at(other)}),
+             (QStringList{"1 Waiting", "0 rapidshare.com/files/1/a.zip"}));
     QCOMPARE(reset.count(), 0);
-}
-
-void TestDownloadListModel::resetOnlyOnReopen()
-{
-    DownloadList list;
-    list.open();
-    DownloadListModel model(&list);
-    QSignalSpy aboutToReset(&model, &QAbstractItemModel::modelAboutToBeReset);
-    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-    list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);
-    list.setField(list.childAt(7, 0), Field::Status, "Complete");
-    list.removeRow(list.childAt(7, 0));
-    QCOMPARE(reset.count(), 0);
-    list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);
-    const QPersistentModelIndex row(model.index(0, kLink, model.siteIndex(7)));
-    list.open();
-    QCOMPARE(aboutToReset.count(), 1);
-    QCOMPARE(reset.count(), 1);
-    QVERIFY(!row.isValid());
-    QCOMPARE(model.rowCount(model.siteIndex(7)), 0);
 }
 
 void TestDownloadListModel::checkBoxColumn()
 {
-    DownloadList list;
-    list.open();
-    DownloadListModel model(&list);
-    list.addLinkToList("rapidshare.com/files/1/a.zip", 1, nullptr);
-    const QModelIndex site = model.siteIndex(1);
-    const QModelIndex box = model.index(0, int(Field::CheckBox), site);
-    QCOMPARE(box.data(Qt::CheckStateRole).toInt(), int(Qt::Unchecked));
+    Fixture f;
+    f.add(1, "rapidshare.com/files/1/a.zip");
+    LinkRow *row = f.list.childAt(1, 0);
+    const QModelIndex box = f.model.index(0, int(Field::CheckBox), f.site(1));
+    auto tick = [&] { return box.data(Qt::CheckStateRole).toInt(); };
+    QCOMPARE(tick(), int(Qt::Unchecked));
     QVERIFY(!box.data(Qt::DisplayRole).isValid());
-    QVERIFY(model.flags(box) & Qt::ItemIsUserCheckable);
+    QVERIFY(f.model.flags(box) & Qt::ItemIsUserCheckable);
 
-    QVERIFY(model.setData(box, Qt::Checked, Qt::CheckStateRole));
-    QCOMPARE(list.childAt(1, 0)->values[int(Field::CheckBox)], QString("1"));
-    QCOMPARE(box.data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
-    QVERIFY(model.setData(box, Qt::Unchecked, Qt::CheckStateRole));
-    QCOMPARE(list.childAt(1, 0)->values[int(Field::CheckBox)], QString("0"));
+    for (Qt::CheckState state : {Qt::Checked, Qt::Unchecked}) {
+        QVERIFY(f.model.setData(box, state, Qt::CheckStateRole));
+        QCOMPARE(row->values[int(Field::CheckBox)], QString(state == Qt::Checked ? "1" : "0"));
+        QCOMPARE(tick(), int(state));
+    }
     // A tick written by code shows too.
-    list.setField(list.childAt(1, 0), Field::CheckBox, "1");
-    QCOMPARE(box.data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
+    f.list.setField(row, Field::CheckBox, "1");
+    QCOMPARE(tick(), int(Qt::Checked));
 
     // No other cell can be edited yet, nor a site row.
     for (int column = 0; column < DownloadListModel::ColumnCount; ++column) {
-        const QModelIndex cell = model.index(0, column, site);
         if (column == int(Field::CheckBox))
             continue;
-        QVERIFY(!(model.flags(cell) & (Qt::ItemIsUserCheckable | Qt::ItemIsEditable)));
-        const QString before = list.childAt(1, 0)->values[column];
-        QVERIFY(!model.setData(cell, QString("1"), Qt::EditRole));
-        QVERIFY(!model.setData(cell, Qt::Checked, Qt::CheckStateRole));
-        QCOMPARE(list.childAt(1, 0)->values[column], before);
+        const QModelIndex cell = f.model.index(0, column, f.site(1));
+        const QString before = row->values[column];
+        QVERIFY(!(f.model.flags(cell) & (Qt::ItemIsUserCheckable | Qt::ItemIsEditable)));
+        QVERIFY(!f.model.setData(cell, QString("1"), Qt::EditRole));
+        QVERIFY(!f.model.setData(cell, Qt::Checked, Qt::CheckStateRole));
+        QCOMPARE(row->values[column], before);
     }
-    QVERIFY(!model.setData(model.siteIndex(1, DownloadListModel::SiteName), "x", Qt::EditRole));
-    QCOMPARE(model.siteIndex(1, DownloadListModel::SiteName).data().toString(),
-             QString("RapidShare"));
+    QVERIFY(!f.model.setData(f.site(1, DownloadListModel::SiteName), "x", Qt::EditRole));
+    QCOMPARE(f.site(1, DownloadListModel::SiteName).data().toString(), QString("RapidShare"));
 }
 
 void TestDownloadListModel::headerTexts_data()
@@ -259,28 +241,20 @@ void TestDownloadListModel::headerTexts_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("link");
     QTest::addColumn<QString>("site");
-    QTest::newRow("0") << 0 << " "
-                       << " ";
-    QTest::newRow("1") << 1 << " "
-                       << "Sharing Site";
-    QTest::newRow("2") << 2 << "Download URL"
-                       << "Child Downloads";
-    QTest::newRow("3") << 3 << "Local File Name"
-                       << "Download Status";
-    QTest::newRow("4") << 4 << "Download Status"
-                       << "";
-    QTest::newRow("5") << 5 << "File Size"
-                       << "";
-    QTest::newRow("6 keeps its field name") << 6 << "Speed"
-                                            << "";
-    QTest::newRow("7") << 7 << "Time Left"
-                       << "";
-    QTest::newRow("8") << 8 << "WaitTimeInSec"
-                       << "";
-    QTest::newRow("9") << 9 << "DirectURL"
-                       << "";
-    QTest::newRow("13") << 13 << "IsDownloading"
-                        << "";
+    auto row = [](int column, const char *link, const char *site) {
+        QTest::addRow("%d", column) << column << QString(link) << QString(site);
+    };
+    row(0, " ", " ");
+    row(1, " ", "Sharing Site");
+    row(2, "Download URL", "Child Downloads");
+    row(3, "Local File Name", "Download Status");
+    row(4, "Download Status", "");
+    row(5, "File Size", "");
+    row(6, "Speed", ""); // keeps its field name
+    row(7, "Time Left", "");
+    row(8, "WaitTimeInSec", "");
+    row(9, "DirectURL", "");
+    row(13, "IsDownloading", "");
 }
 
 void TestDownloadListModel::headerTexts()
@@ -288,12 +262,11 @@ void TestDownloadListModel::headerTexts()
     QFETCH(int, column);
     QFETCH(QString, link);
     QFETCH(QString, site);
-    DownloadList list;
-    list.open();
-    DownloadListModel model(&list);
-    QCOMPARE(model.headerData(column, Qt::Horizontal).toString(), link);
-    QCOMPARE(DownloadListModel::linkHeaderText(column), link);
-    QCOMPARE(DownloadListModel::siteHeaderText(column), site);
+    Fixture f;
+    const QStringList seen{f.model.headerData(column, Qt::Horizontal).toString(),
+                           DownloadListModel::linkHeaderText(column),
+                           DownloadListModel::siteHeaderText(column)};
+    QCOMPARE(seen, (QStringList{link, link, site}));
 }
 
 QTEST_GUILESS_MAIN(TestDownloadListModel)
