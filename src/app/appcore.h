@@ -28,7 +28,6 @@ public:
     DownloadList &list() { return m_list; }
     const DownloadList &list() const { return m_list; }
     Prompts *prompts() const { return m_prompts; }
-    void setPrompts(Prompts *prompts) { m_prompts = prompts; }
 
     // The folder label's caption, the sub-folder box and the two capture switches.
     QString downloadDir() const { return m_downloadDir; }

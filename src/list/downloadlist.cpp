@@ -332,14 +332,3 @@ bool DownloadList::addLinkToList(const QString &link, int site, Prompts *prompts
         return false;
     }
 }
-
-bool DownloadList::anyRowDownloading() const
-{
-    for (const auto &s : m_sites) {
-        for (const auto &row : s->children) {
-            if (row->values[int(Field::IsDownloading)].toInt() == 1)
-                return true;
-        }
-    }
-    return false;
-}

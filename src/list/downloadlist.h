@@ -161,9 +161,6 @@ public:
     // shows a balloon "Can not Add link: ..." and gives false.
     bool addLinkToList(const QString &link, int site, Prompts *prompts);
 
-    // True while any child row has IsDownloading 1.
-    bool anyRowDownloading() const;
-
 signals:
     void aboutToReset();
     void resetDone();

@@ -2,6 +2,7 @@
 #include "fakeprompts.h"
 #include "intake/linkextraction.h"
 #include "list/sitetable.h"
+#include "listrows.h"
 #include "sandbox.h"
 
 #include <QSignalSpy>
@@ -10,17 +11,6 @@
 #include <memory>
 
 namespace {
-
-QStringList rowsOf(const DownloadList &list)
-{
-    QStringList rows;
-    for (int site = 1; site <= Sites::Count; ++site) {
-        for (int i = 0; i < list.childCount(site); ++i)
-            rows << QString::number(site) + u'|' +
-                        list.childAt(site, i)->values[int(Field::LinkURL)];
-    }
-    return rows;
-}
 
 const QString kHotfile = QStringLiteral("http://hotfile.com/dl/3/abc/file.rar.html");
 const QString kRapid = QStringLiteral("http://rapidshare.com/files/4/x.zip");

@@ -2,6 +2,7 @@
 #include "intake/linkextraction.h"
 #include "list/downloadlist.h"
 #include "list/sitetable.h"
+#include "listrows.h"
 #include "sandbox.h"
 
 #include <QRegularExpression>
@@ -16,18 +17,6 @@ const QString kFirstSentence = QStringLiteral(
     "extract the valid links.");
 const QString kSecondSentence =
     QStringLiteral("Also you can check Browser Integeration in the program options.");
-
-// Every child row as "site|LinkURL", sites in number order, rows in list order.
-QStringList rowsOf(const DownloadList &list)
-{
-    QStringList rows;
-    for (int site = 1; site <= Sites::Count; ++site) {
-        for (int i = 0; i < list.childCount(site); ++i)
-            rows << QString::number(site) + u'|' +
-                        list.childAt(site, i)->values[int(Field::LinkURL)];
-    }
-    return rows;
-}
 
 } // namespace
 
