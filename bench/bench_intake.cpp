@@ -2,7 +2,7 @@
 // among 200,000 other words, and one twice that size. Prints the best of a few
 // runs for each and their ratio.
 
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlist.h"
 
@@ -112,7 +112,7 @@ double bestSeconds(const QString &page, int expected, int runs)
         SilentPrompts prompts;
         QElapsedTimer timer;
         timer.start();
-        const int added = parseLinks(page, false, true, list, &prompts);
+        const int added = parseLinks(page, true, list, &prompts);
         const double seconds = timer.nsecsElapsed() / 1e9;
         if (added != expected) {
             std::fprintf(stderr, "added %d links, expected %d\n", added, expected);

@@ -104,7 +104,7 @@ int main(int argc, char **argv)
     ticker.start();
 
     XmlHttpRequest request;
-    request.open(QStringLiteral("GET"), site.cursor.field(Field::LinkURL), true);
+    request.open(QStringLiteral("GET"), site.cursor.field(Field::LinkURL));
     const double cpuBefore = cpuSeconds();
     QElapsedTimer wall;
     wall.start();

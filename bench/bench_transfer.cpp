@@ -98,7 +98,7 @@ int main(int argc, char **argv)
             rusage before, after;
             getrusage(RUSAGE_SELF, &before);
             const double start = now();
-            d.startDownload(0);
+            d.startDownload();
             loop.exec();
             const double wall = now() - start;
             getrusage(RUSAGE_SELF, &after);

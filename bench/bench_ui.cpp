@@ -13,7 +13,7 @@
 // longest time the event loop was kept from handling a posted event. The
 // last line says max_delay_ms=...
 #include "app/appcore.h"
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "list/sitetable.h"
 #include "patternserver.h"
 #include "scheduling/sitequeues.h"

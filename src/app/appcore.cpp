@@ -1,7 +1,7 @@
 #include "app/appcore.h"
 
 #include "app/cregister.h"
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "intake/linkextraction.h"
 #include "list/linklistfile.h"
 #include "resolvers/rapidshare.h"
@@ -64,16 +64,16 @@ void AppCore::readSettings()
         Settings::toBool(Settings::get(QStringLiteral("DoNothing"), QStringLiteral("True")));
 }
 
-void AppCore::parseLinks(const QString &text, bool bShowTip, bool isCommand)
+void AppCore::parseLinks(const QString &text, bool isCommand)
 {
-    if (::parseLinks(text, bShowTip, isCommand, m_list, m_prompts) >= 0)
+    if (::parseLinks(text, isCommand, m_list, m_prompts) >= 0)
         emit listRebound();
 }
 
 void AppCore::addLinksClicked(const QString &linksText,
                               const std::function<void(const QString &)> &setLinksText)
 {
-    parseLinks(linksText, false, false);
+    parseLinks(linksText, false);
     if (setLinksText)
         setLinksText(LinkHint::shortText());
     if (m_startAfterCatch)
@@ -88,7 +88,7 @@ void AppCore::setCaptureText(const QString &text)
         return;
     const bool prefixed = m_captureText.left(14).toUpper() == capturePrefix;
     if (!(prefixed && m_doNothing))
-        parseLinks(prefixed ? m_captureText.mid(14) : m_captureText, false, true);
+        parseLinks(prefixed ? m_captureText.mid(14) : m_captureText, true);
     setCaptureText(QString());
     if (m_startAfterCatch)
         startAllDownloads();

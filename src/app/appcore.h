@@ -43,7 +43,7 @@ public:
     void readSettings();
 
     // Link intake: the add button, the hand-over box, a command line.
-    void parseLinks(const QString &text, bool bShowTip, bool isCommand);
+    void parseLinks(const QString &text, bool isCommand);
     // The add button: takes the link box's text, puts the short hint into the
     // box through setLinksText, then starts all downloads if StartAfterCatch
     // is on (the box already shows the hint while the starts run).

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 
 // Prompts for a run without a person at the screen (TESSALWICK_PROMPTS=console):
 // each message and balloon is written to standard error as one line and the

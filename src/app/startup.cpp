@@ -2,7 +2,7 @@
 
 #include "app/appcore.h"
 #include "app/cregister.h"
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "system/filefolder.h"
 
 #include <QCoreApplication>
@@ -74,9 +74,9 @@ Startup::Outcome Startup::formLoad(const QString &commandLine,
                 prompts->balloon(1, kTitle + QStringLiteral(" is here!"), Settings::sAppKeyName,
                                  3000);
             if (!prefixed)
-                m_core.parseLinks(commandLine, true, true);
+                m_core.parseLinks(commandLine, true);
             else if (!m_core.doNothing())
-                m_core.parseLinks(commandLine.mid(13), true, true);
+                m_core.parseLinks(commandLine.mid(13), true);
             outcome.hideWindow = true;
         }
     } catch (...) {

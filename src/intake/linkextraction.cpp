@@ -1,6 +1,6 @@
 #include "intake/linkextraction.h"
 
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "list/downloadlist.h"
 #include "list/sitetable.h"
 
@@ -144,10 +144,9 @@ private:
 
 } // namespace
 
-int parseLinks(const QString &sText, bool bShowTip, bool isCommand, DownloadList &list,
+int parseLinks(const QString &sText, bool isCommand, DownloadList &list,
                Prompts *prompts)
 {
-    Q_UNUSED(bShowTip); // the balloon is shown whatever it holds
     if (trimBlanks(sText).isEmpty() || sText.size() < 5) {
         if (!isCommand && prompts)
             prompts->messageBox(QStringLiteral("No Supported links Found."),

@@ -10,7 +10,7 @@ class Prompts;
 // be looked at (the list is then not walked again). With isCommand false, blank or too short
 // text gives the message "No Supported links Found."; bShowTip is accepted
 // and not read. Added links are announced in one balloon.
-int parseLinks(const QString &sText, bool bShowTip, bool isCommand, DownloadList &list,
+int parseLinks(const QString &sText, bool isCommand, DownloadList &list,
                Prompts *prompts);
 
 // The site number whose recognition rule decides this word, with the verdict:

@@ -1,6 +1,6 @@
 #include "list/downloadlist.h"
 
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "list/sitetable.h"
 
 #include <algorithm>
@@ -30,11 +30,11 @@ QString checkedValue(Field f, const QString &value)
         const QString trimmed = value.trimmed();
         const double number = trimmed.toDouble(&ok);
         if (!ok)
-            throw ListFailure(QStringLiteral("Type mismatch in %1").arg(info.name).toStdString());
+            throw RuntimeFailure(QStringLiteral("Type mismatch in %1").arg(info.name).toStdString());
         return QString::number(qint64(std::llround(number)));
     }
     if (info.limit > 0 && value.size() > info.limit)
-        throw ListFailure(QStringLiteral("Text too long for %1").arg(info.name).toStdString());
+        throw RuntimeFailure(QStringLiteral("Text too long for %1").arg(info.name).toStdString());
     return value;
 }
 
@@ -105,7 +105,7 @@ void RowCursor::moveNext()
 {
     const SiteRow *s = siteRow();
     if (!s || m_pos == Pos::Eof)
-        throw ListFailure("Either BOF or EOF is True");
+        throw RuntimeFailure("Either BOF or EOF is True");
     if (m_pos == Pos::Bof) {
         moveFirst();
         return;
@@ -122,7 +122,7 @@ void RowCursor::movePrevious()
 {
     const SiteRow *s = siteRow();
     if (!s || m_pos == Pos::Bof)
-        throw ListFailure("Either BOF or EOF is True");
+        throw RuntimeFailure("Either BOF or EOF is True");
     if (m_pos == Pos::Eof) {
         moveLast();
         return;
@@ -146,7 +146,7 @@ LinkRow &RowCursor::current() const
 {
     LinkRow *r = row();
     if (!r)
-        throw ListFailure("No current record");
+        throw RuntimeFailure("No current record");
     return *r;
 }
 
@@ -243,7 +243,7 @@ LinkRow *DownloadList::findRow(int site, quint64 seq) const
 RowCursor DownloadList::getSiteRecords(int site) const
 {
     if (!Sites::isSite(site))
-        throw ListFailure("Subscript out of range");
+        throw RuntimeFailure("Subscript out of range");
     RowCursor cursor;
     if (!siteRow(site))
         return cursor; // nothing: a table without this site's row
@@ -298,7 +298,7 @@ void DownloadList::removeRow(LinkRow *row)
     SiteRow *s = siteRow(row->site);
     const int index = indexOf(row);
     if (!s || index < 0)
-        throw ListFailure("Row handle referred to a deleted row");
+        throw RuntimeFailure("Row handle referred to a deleted row");
     emit rowAboutToBeRemoved(row->site, index);
     const QString key = row->values[int(Field::LinkURL)].toLower();
     if (--s->lowerLinks[key] <= 0)
@@ -322,10 +322,10 @@ bool DownloadList::addLinkToList(const QString &link, int site, Prompts *prompts
             return false;
         LinkRow *row = appendRow(site);
         if (!row)
-            throw ListFailure("No parent row for the site");
+            throw RuntimeFailure("No parent row for the site");
         setField(row, Field::LinkURL, link);
         return true;
-    } catch (const std::exception &) {
+    } catch (const RuntimeFailure &) {
         if (prompts)
             prompts->balloon(1, QStringLiteral("Can not Add link: ") + link,
                              QStringLiteral("TessalwickDownloadManager"), 3000);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "system/failure.h"
+
 #include <QHash>
 #include <QObject>
 #include <QPointer>
@@ -8,30 +10,9 @@
 #include <array>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <vector>
 
 class Prompts;
-
-// A run-time failure of a list operation: a field written past its limit, a
-// cursor read where it stands on no row, a site number outside 1..8. Callers
-// that have a guard catch it and write their outcome; callers that ignore
-// failures statement by statement use ignoreFailure().
-class ListFailure : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
-
-template <typename F> bool ignoreFailure(F &&statement)
-{
-    try {
-        statement();
-        return true;
-    } catch (const std::exception &) {
-        return false;
-    }
-}
 
 // The fields of a child row, in their defined order.
 enum class Field {

@@ -1,6 +1,6 @@
 #include "list/linklistfile.h"
 
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "list/downloadlist.h"
 #include "list/sitetable.h"
 
@@ -26,7 +26,7 @@ void checkFits(Field f, const QString &value)
 {
     const int limit = fieldInfo(f).limit;
     if (limit > 0 && value.size() > limit)
-        throw ListFailure("Text too long");
+        throw RuntimeFailure("Text too long");
 }
 
 } // namespace
@@ -76,12 +76,12 @@ void loadLinkList(DownloadList &list, const QString &path, Prompts *prompts)
     try {
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
-            throw ListFailure("File can't be read");
+            throw RuntimeFailure("File can't be read");
         const QByteArray bytes = file.readAll();
         file.close();
         // A zero-length file has no text to read: that counts as damage.
         if (bytes.isEmpty())
-            throw ListFailure("Input past end of file");
+            throw RuntimeFailure("Input past end of file");
         const QStringList parts = QString::fromUtf8(bytes).split(QStringLiteral("\r\n"));
         const qsizetype u = parts.size() - 1;
         if (u < 6)
@@ -94,7 +94,7 @@ void loadLinkList(DownloadList &list, const QString &path, Prompts *prompts)
             bool ok = false;
             const double number = parts[i].trimmed().toDouble(&ok);
             if (!ok)
-                throw ListFailure("Type mismatch");
+                throw RuntimeFailure("Type mismatch");
             const int itemId = int(std::llround(number));
             if (!Sites::isSite(itemId)) {
                 checkFits(Field::Status, parts[i + 3]);
@@ -115,7 +115,7 @@ void loadLinkList(DownloadList &list, const QString &path, Prompts *prompts)
                 throw;
             }
         }
-    } catch (const std::exception &) {
+    } catch (const RuntimeFailure &) {
         showCorrupted(prompts);
     }
 }

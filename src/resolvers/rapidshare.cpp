@@ -45,7 +45,7 @@ void RapidShareResolver::resolve(SiteContext &site)
     // 1. The link's page.
     const QString link = site.cursor.field(Field::LinkURL);
     XmlHttpRequest request;
-    request.open(QStringLiteral("GET"), link, true);
+    request.open(QStringLiteral("GET"), link);
     request.send();
     if (!waitForAnswer(site, request))
         return;
@@ -62,7 +62,7 @@ void RapidShareResolver::resolve(SiteContext &site)
     }
 
     // 6. The free download is asked for on the same request object.
-    request.open(QStringLiteral("POST"), first.formAddress, true);
+    request.open(QStringLiteral("POST"), first.formAddress);
     request.setRequestHeader(QStringLiteral("Content-type"),
                              QStringLiteral("application/x-www-form-urlencoded"));
     request.setRequestHeader(QStringLiteral("Content-length"), QStringLiteral("13"));

@@ -82,7 +82,7 @@ template <typename Steps> void guardParse(SiteContext &site, Steps &&steps)
 {
     try {
         steps();
-    } catch (const std::exception &) {
+    } catch (const RuntimeFailure &) {
         pageError(site);
     }
 }
@@ -92,7 +92,7 @@ template <typename Steps> void guardResolve(SiteContext &site, Steps &&steps)
 {
     try {
         steps();
-    } catch (const std::exception &) {
+    } catch (const RuntimeFailure &) {
         connectionError(site);
     }
 }

@@ -8,7 +8,7 @@ namespace {
 
 [[noreturn]] void invalidArgument()
 {
-    throw ListFailure("Invalid procedure call or argument");
+    throw RuntimeFailure("Invalid procedure call or argument");
 }
 
 bool isDigit(QChar c)
@@ -104,11 +104,11 @@ bool isNumeric(const QString &text)
 double toNumber(const QString &text)
 {
     if (!isNumeric(text))
-        throw ListFailure("Type mismatch");
+        throw RuntimeFailure("Type mismatch");
     bool ok = false;
     const double value = text.trimmed().toDouble(&ok);
     if (!ok)
-        throw ListFailure("Overflow");
+        throw RuntimeFailure("Overflow");
     return value;
 }
 

@@ -4,7 +4,7 @@
 
 // Text search as the recipes scrape pages: positions count from 1, 0 means
 // "not found", searches ignore case. An impossible position or length is a
-// run-time failure (ListFailure "Invalid procedure call or argument"), which
+// run-time failure (RuntimeFailure "Invalid procedure call or argument"), which
 // the recipe's guard turns into its outcome.
 namespace TextPos {
 

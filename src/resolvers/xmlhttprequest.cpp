@@ -59,7 +59,7 @@ void XmlHttpRequest::dropReply()
     reply->deleteLater();
 }
 
-void XmlHttpRequest::open(const QString &method, const QString &url, bool)
+void XmlHttpRequest::open(const QString &method, const QString &url)
 {
     dropReply();
     m_method = method.toUpper();

@@ -29,9 +29,9 @@ public:
     ~XmlHttpRequest() override;
 
     // Sets up a request. Any request still under way on this object is
-    // dropped and the headers of the last one are forgotten. `async` is
-    // accepted for the form of the call; every request is asynchronous.
-    void open(const QString &method, const QString &url, bool async = true);
+    // dropped and the headers of the last one are forgotten. Every request
+    // is asynchronous.
+    void open(const QString &method, const QString &url);
     void setRequestHeader(const QString &name, const QString &value);
     // Starts the request and returns at once.
     void send();

@@ -14,17 +14,17 @@ double parse(const QString &text)
     bool ok = false;
     const double value = text.trimmed().toDouble(&ok);
     if (!ok)
-        throw ListFailure("Type mismatch");
+        throw RuntimeFailure("Type mismatch");
     return value;
 }
 
 int checkedRound(double value, double low, double high)
 {
     if (!std::isfinite(value))
-        throw ListFailure("Overflow");
+        throw RuntimeFailure("Overflow");
     const double rounded = roundHalfEven(value);
     if (rounded < low || rounded > high)
-        throw ListFailure("Overflow");
+        throw RuntimeFailure("Overflow");
     return int(rounded);
 }
 

@@ -3,7 +3,7 @@
 #include <QString>
 
 // The number conversions the queues and their handlers make on list texts.
-// A conversion that can't be made throws ListFailure, which the callers either
+// A conversion that can't be made throws RuntimeFailure, which the callers either
 // treat as the failure of their guard or ignore statement by statement.
 namespace NumberText {
 

@@ -26,7 +26,7 @@ void clearTransferFields(RowCursor &row)
 void SiteContext::startTimer(int intervalMs)
 {
     if (!timer)
-        throw ListFailure("The site has no timer");
+        throw RuntimeFailure("The site has no timer");
     timer->setInterval(intervalMs);
     timer->setEnabled(true);
 }
@@ -35,14 +35,13 @@ void SiteContext::handOff()
 {
     const auto addressField = fieldByName(QLatin1String(traits->directUrlField));
     if (!addressField)
-        throw ListFailure("Item cannot be found in the collection");
+        throw RuntimeFailure("Item cannot be found in the collection");
     downloader->setUrl(cursor.field(*addressField));
     downloader->setLocalFilePath(cursor.field(Field::LocalFilePath) + QLatin1Char('/') +
                                  cursor.field(Field::LocalFile));
     cursor.setField(Field::Status, StatusText::Connecting);
     downloader->setFileSize(textToSize(cursor.field(Field::FileSize)));
-    // Every site passes 0: each site's control keeps its own file.
-    downloader->startDownload(0);
+    downloader->startDownload();
 }
 
 void SiteContext::continueQueue()
@@ -104,7 +103,7 @@ void SiteQueues::setResolver(int site, std::unique_ptr<SiteResolver> resolver)
 SiteContext &SiteQueues::context(int site)
 {
     if (!Sites::isSite(site))
-        throw ListFailure("Subscript out of range");
+        throw RuntimeFailure("Subscript out of range");
     return m_sites[site - 1];
 }
 
@@ -114,7 +113,7 @@ SiteContext &SiteQueues::byIndex(int index)
         if (ctx.traits->transferIndex == index)
             return ctx;
     }
-    throw ListFailure("Subscript out of range");
+    throw RuntimeFailure("Subscript out of range");
 }
 
 bool SiteQueues::isEligible(const QString &status)
@@ -270,7 +269,7 @@ void SiteQueues::onSiteTimer(int site)
             row.setField(Field::Status, QStringLiteral("Wait ") + NumberText::fromDouble(minutes) +
                                             QStringLiteral(" Minutes"));
         }
-    } catch (const std::exception &) {
+    } catch (const RuntimeFailure &) {
         ignoreFailure([&] { ctx.timer->setEnabled(false); });
         ignoreFailure([&] { row.setField(Field::Status, StatusText::Error); });
         ignoreFailure([&] { row.setField(Field::WaitTimeInSec, QStringLiteral("0")); });
@@ -282,7 +281,7 @@ void SiteQueues::endOfWait(SiteContext &ctx)
 {
     auto resolveAgain = [&ctx] {
         if (!ctx.resolver)
-            throw ListFailure("No resolver for the site");
+            throw RuntimeFailure("No resolver for the site");
         ctx.resolver->resolve(ctx);
     };
     switch (ctx.traits->waitEnd) {

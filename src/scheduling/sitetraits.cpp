@@ -41,7 +41,7 @@ const std::array<SiteTraits, Sites::Count> &all()
 const SiteTraits &traits(int site)
 {
     if (!Sites::isSite(site))
-        throw ListFailure("Subscript out of range");
+        throw RuntimeFailure("Subscript out of range");
     return kTraits[site - 1];
 }
 

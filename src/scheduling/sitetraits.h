@@ -47,7 +47,7 @@ namespace SiteTable {
 
 // By site number less one.
 const std::array<SiteTraits, Sites::Count> &all();
-const SiteTraits &traits(int site); // throws ListFailure outside 1..8
+const SiteTraits &traits(int site); // throws RuntimeFailure outside 1..8
 
 // The order of start-all (by number) and of stop-all (by name); both keep
 // only the sites with inAllCommands.

@@ -1,6 +1,6 @@
 #include "transfer/downloadasynch.h"
 
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "list/formats.h"
 #include "list/statustext.h"
 #include "system/filefolder.h"
@@ -96,12 +96,6 @@ void DownloadAsynch::setFileSize(float size)
     m_fileSize = size;
 }
 
-bool DownloadAsynch::remoteFileExist() const
-{
-    // Nothing ever learns this; the property is kept for the owner to read.
-    return false;
-}
-
 bool DownloadAsynch::splitHostPort(const QString &host, QString *name, quint16 *port)
 {
     *name = host;
@@ -124,9 +118,8 @@ bool DownloadAsynch::splitHostPort(const QString &host, QString *name, quint16 *
     return true;
 }
 
-void DownloadAsynch::startDownload(int iIndex)
+void DownloadAsynch::startDownload()
 {
-    m_iIndex = iIndex;
     m_fDownloaded = 0;
     m_fPrevDownloaded = 0;
     m_iBytesPerSecond = 0;

@@ -28,9 +28,8 @@ public:
     void setLocalFilePath(const QString &path);
     float fileSize() const;
     void setFileSize(float size);
-    bool remoteFileExist() const;
 
-    void startDownload(int iIndex);
+    void startDownload();
     void stopDownload();
 
     // One arrival of `bytesTotal` bytes with the socket in `state`. The chunk
@@ -70,7 +69,6 @@ private:
     QString m_url;
     QString m_localFilePath;
     float m_fileSize = 0;
-    int m_iIndex = 0;
     QString m_sHost;
     QString m_sPath;
     // Byte counters are single precision: above 16,777,216 bytes they lose

@@ -1,6 +1,6 @@
 #include "ui/gridmodel.h"
 
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "list/downloadlistmodel.h"
 #include "ui/progresscellpainter.h"
 

@@ -34,7 +34,6 @@ public:
     GridModel(DownloadListModel *source, Prompts *prompts, QObject *parent = nullptr);
 
     DownloadListModel *listModel() const;
-    void setPrompts(Prompts *prompts) { m_prompts = prompts; }
 
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;

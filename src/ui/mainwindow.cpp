@@ -1,7 +1,7 @@
 #include "ui/mainwindow.h"
 
 #include "app/appcore.h"
-#include "app/prompts.h"
+#include "prompts/prompts.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlistmodel.h"
 #include "list/sitetable.h"

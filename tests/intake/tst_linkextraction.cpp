@@ -168,7 +168,7 @@ private slots:
         DownloadList list;
         list.open();
         FakePrompts prompts;
-        QCOMPARE(::parseLinks(word + "\r\nand more", false, false, list, &prompts), site ? 1 : 0);
+        QCOMPARE(::parseLinks(word + "\r\nand more", false, list, &prompts), site ? 1 : 0);
         QCOMPARE(rowsOf(list),
                  site ? QStringList{QString::number(site) + u'|' + word} : QStringList{});
     }
@@ -221,13 +221,13 @@ private slots:
         QFETCH(QString, balloon);
         QFETCH(QStringList, rows);
 
-        // bShowTip changes nothing; only the user's own paste hears of no links.
+        // Only the user's own paste hears of no links.
         for (bool isCommand : {false, true}) {
-            for (bool showTip : {false, true}) {
+            {
                 DownloadList list;
                 list.open();
                 FakePrompts prompts;
-                QCOMPARE(::parseLinks(text, showTip, isCommand, list, &prompts), result);
+                QCOMPARE(::parseLinks(text, isCommand, list, &prompts), result);
                 QCOMPARE(rowsOf(list), rows);
 
                 const bool message = result == -1 && !isCommand;
@@ -259,18 +259,18 @@ private slots:
         const QString hf = QStringLiteral("http://hotfile.com/dl/5/x/y.zip.html");
         const QString rs = QStringLiteral("http://rapidshare.com/files/5/y.zip");
 
-        QCOMPARE(::parseLinks(hf + " " + rs, false, false, list, &prompts), 2);
+        QCOMPARE(::parseLinks(hf + " " + rs, false, list, &prompts), 2);
         // Pasting the same links again, one of them in other capitals, with one new.
         const QString ff = QStringLiteral("http://www.filefactory.com/file/abc/n/y.zip");
         prompts.clear();
         QCOMPARE(
-            ::parseLinks(hf.toUpper() + "\r\n" + rs + "\r\n" + ff, false, false, list, &prompts),
+            ::parseLinks(hf.toUpper() + "\r\n" + rs + "\r\n" + ff, false, list, &prompts),
             1);
         QCOMPARE(prompts.balloons.size(), 1);
         QCOMPARE(prompts.balloons.first().text, QStringLiteral("1 Link Added"));
         // Nothing new at all: silence.
         prompts.clear();
-        QCOMPARE(::parseLinks(rs + " " + ff, false, false, list, &prompts), 0);
+        QCOMPARE(::parseLinks(rs + " " + ff, false, list, &prompts), 0);
         QVERIFY(prompts.balloons.isEmpty());
         QVERIFY(prompts.messages.isEmpty());
         QCOMPARE(rowsOf(list), (QStringList{"1|" + rs, "7|" + hf, "8|" + ff}));
@@ -279,7 +279,7 @@ private slots:
         const QString dep = QStringLiteral("http://depositfiles.com/files/q9");
         QVERIFY(list.addLinkToList(dep, 1, &prompts));
         prompts.clear();
-        QCOMPARE(::parseLinks(dep, false, false, list, &prompts), 1);
+        QCOMPARE(::parseLinks(dep, false, list, &prompts), 1);
         QCOMPARE(list.childCount(1), 2);
         QCOMPARE(list.childCount(6), 1);
         QCOMPARE(list.childAt(6, 0)->values[int(Field::LinkURL)], dep);
@@ -293,7 +293,7 @@ private slots:
         const QString text = QStringLiteral(
             "\tHTTP://WWW.HOTFILE.COM/DL/1/A/B.RAR.HTML  rapidshare.com/files/7/c.zip\r\n"
             "ftp://megaupload.com/?d=QQ");
-        QCOMPARE(::parseLinks(text, false, false, list, &prompts), 3);
+        QCOMPARE(::parseLinks(text, false, list, &prompts), 3);
         QCOMPARE(rowsOf(list),
                  (QStringList{"1|rapidshare.com/files/7/c.zip", "3|ftp://megaupload.com/?d=QQ",
                               "7|\tHTTP://WWW.HOTFILE.COM/DL/1/A/B.RAR.HTML"}));
@@ -318,7 +318,7 @@ private slots:
         DownloadList list;
         list.open();
         FakePrompts prompts;
-        QCOMPARE(::parseLinks(words.join(QStringLiteral("\r\n")), false, false, list, &prompts),
+        QCOMPARE(::parseLinks(words.join(QStringLiteral("\r\n")), false, list, &prompts),
                  total);
         QCOMPARE(prompts.balloons.size(), 1);
         QCOMPARE(prompts.balloons.first().text, QStringLiteral("33000 Links Added"));

@@ -71,7 +71,7 @@ void TestDownloadList::fieldLimits()
     bool threw = false;
     try {
         rows.setField(Field(field), text);
-    } catch (const ListFailure &) {
+    } catch (const RuntimeFailure &) {
         threw = true;
     }
     QCOMPARE(threw, !fits);
@@ -131,7 +131,7 @@ void TestDownloadList::badSiteNumbers()
     QFETCH(int, site);
     DownloadList list;
     list.open();
-    QVERIFY_THROWS_EXCEPTION(ListFailure, list.getSiteRecords(site));
+    QVERIFY_THROWS_EXCEPTION(RuntimeFailure, list.getSiteRecords(site));
     FakePrompts prompts;
     QVERIFY(!list.addLinkToList("rapidshare.com/files/1/a.zip", site, &prompts));
     QCOMPARE(prompts.balloons.size(), 1);
@@ -163,13 +163,13 @@ void TestDownloadList::cursorStaysOnItsRow()
     for (; !cursor.eof(); cursor.moveNext())
         seen << cursor.field(Field::LinkURL).section('/', 2, 2);
     QCOMPARE(seen, QStringList({"2", "3", "4", "9"}));
-    QVERIFY_THROWS_EXCEPTION(ListFailure, cursor.moveNext());
+    QVERIFY_THROWS_EXCEPTION(RuntimeFailure, cursor.moveNext());
     cursor.moveLast();
     QCOMPARE(cursor.field(Field::LinkURL), QString("hotfile.com/dl/9/x.rar"));
     cursor.moveFirst();
     cursor.movePrevious();
     QVERIFY(cursor.bof());
-    QVERIFY_THROWS_EXCEPTION(ListFailure, cursor.field(Field::Status));
+    QVERIFY_THROWS_EXCEPTION(RuntimeFailure, cursor.field(Field::Status));
 }
 
 void TestDownloadList::cursorOnDeletedRow()

@@ -153,7 +153,7 @@ private slots:
         QFETCH(int, kind);
         QFETCH(QString, address);
         if (kind < 0) {
-            QVERIFY_THROWS_EXCEPTION(ListFailure, RapidShareResolver::readFirstPage(page));
+            QVERIFY_THROWS_EXCEPTION(RuntimeFailure, RapidShareResolver::readFirstPage(page));
             return;
         }
         const auto first = RapidShareResolver::readFirstPage(page);

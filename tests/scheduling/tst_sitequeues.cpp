@@ -262,7 +262,7 @@ private slots:
             QVERIFY(h.ranOut.isEmpty());
         }
         QCOMPARE(h.statuses(Sites::RapidShare), QStringList{"Waiting"});
-        QVERIFY_THROWS_EXCEPTION(ListFailure, h.queues->startDownloadLinks(9, true));
+        QVERIFY_THROWS_EXCEPTION(RuntimeFailure, h.queues->startDownloadLinks(9, true));
     }
 
     void busySiteStartedFromMenu()

@@ -59,7 +59,7 @@ struct Rig
     {
         d.setUrl(url);
         d.setLocalFilePath(local);
-        d.startDownload(chunk);
+        d.startDownload();
     }
     // Serves `answer` at `path` and starts the control on it.
     void fetch(const TestServer::Answer &answer, const QString &local, int chunk = 0,

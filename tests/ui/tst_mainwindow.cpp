@@ -290,7 +290,7 @@ void TestMainWindow::mediaFireRowStaysHidden()
     m_core->list().open();
     QVERIFY(onlyMediaFireHidden());
     grid->setRowHidden(mediaFire, QModelIndex(), false);
-    m_core->parseLinks("some words without a single link", false, false);
+    m_core->parseLinks("some words without a single link", false);
     QVERIFY(onlyMediaFireHidden());
 }
 
