@@ -2,7 +2,7 @@
 // among 200,000 other words, and one twice that size. Prints the best of a few
 // runs for each and their ratio.
 
-#include "prompts/prompts.h"
+#include "fakeprompts.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlist.h"
 
@@ -15,20 +15,6 @@
 #include <cstdio>
 
 namespace {
-
-// Answers nothing and shows nothing.
-class SilentPrompts : public Prompts
-{
-public:
-    Answer messageBox(const QString &, Icon, Buttons, const QString &) override
-    {
-        return Answer::Ok;
-    }
-    void balloon(int, const QString &, const QString &, int) override { ++balloons; }
-    QString browseForFolder(const QString &) override { return {}; }
-    bool openExternal(const QString &) override { return false; }
-    int balloons = 0;
-};
 
 // A supported link of one of the seven recognised sites, unique by `n`.
 QString supportedLink(QRandomGenerator &rng, int n)
@@ -109,7 +95,7 @@ double bestSeconds(const QString &page, int expected, int runs)
     for (int r = 0; r < runs; ++r) {
         DownloadList list;
         list.open();
-        SilentPrompts prompts;
+        FakePrompts prompts;
         QElapsedTimer timer;
         timer.start();
         const int added = parseLinks(page, true, list, &prompts);

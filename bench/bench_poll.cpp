@@ -94,8 +94,9 @@ int main(int argc, char **argv)
     SiteQueues queues(list, nullptr);
     list.addLinkToList(QStringLiteral("http://127.0.0.1:%1/files/1/slow.html").arg(port),
                        Sites::RapidShare, nullptr);
-    SiteContext &site = queues.context(Sites::RapidShare);
-    site.cursor = list.getSiteRecords(Sites::RapidShare);
+    SiteContext &context = queues.context(Sites::RapidShare);
+    context.cursor = list.getSiteRecords(Sites::RapidShare);
+    RecipeSite site(context);
 
     int ticks = 0;
     QTimer ticker;
@@ -104,7 +105,7 @@ int main(int argc, char **argv)
     ticker.start();
 
     XmlHttpRequest request;
-    request.open(QStringLiteral("GET"), site.cursor.field(Field::LinkURL));
+    request.open(QStringLiteral("GET"), site.link());
     const double cpuBefore = cpuSeconds();
     QElapsedTimer wall;
     wall.start();

@@ -13,10 +13,11 @@
 // longest time the event loop was kept from handling a posted event. The
 // last line says max_delay_ms=...
 #include "app/appcore.h"
-#include "prompts/prompts.h"
+#include "fakeprompts.h"
 #include "list/sitetable.h"
 #include "patternserver.h"
 #include "scheduling/sitequeues.h"
+#include "standin.h"
 #include "transfer/downloadasynch.h"
 #include "ui/mainwindow.h"
 
@@ -47,55 +48,6 @@ constexpr int kSeconds = 30;
 constexpr int kRowsPerSite = 10;
 constexpr int kTickMs = 10;
 
-class SilentPrompts : public Prompts
-{
-public:
-    Answer messageBox(const QString &text, Icon, Buttons buttons, const QString &) override
-    {
-        std::fprintf(stderr, "message: %s\n", qPrintable(text));
-        return buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel ? Answer::Yes
-                                                                            : Answer::Ok;
-    }
-    void balloon(int, const QString &, const QString &, int) override {}
-    QString browseForFolder(const QString &) override { return QString(); }
-    bool openExternal(const QString &) override { return false; }
-};
-
-// Stands in for a site's recipe: the test server's file, no wait. Sites
-// whose countdown hands the row on get it through their timer; the others
-// (no timer, or a recipe that starts the transfer itself) hand off at once.
-class StandInResolver : public SiteResolver
-{
-public:
-    StandInResolver(int port, QString folder) : m_port(port), m_folder(std::move(folder)) {}
-
-    void resolve(SiteContext &ctx) override
-    {
-        const QString name = QStringLiteral("site%1_%2.bin").arg(ctx.site).arg(++m_count);
-        ctx.cursor.setField(Field::DirectURL,
-                            QStringLiteral("http://127.0.0.1:%1/%2").arg(m_port).arg(name));
-        ctx.cursor.setField(Field::LocalFile, name);
-        ctx.cursor.setField(Field::LocalFilePath, m_folder);
-        ctx.cursor.setField(Field::FileSize, QStringLiteral("2 GB"));
-        ctx.cursor.setField(Field::WaitTimeInSec, QStringLiteral("0"));
-        ctx.cursor.setField(Field::Status, QStringLiteral("Wait 0 Seconds"));
-        ctx.bLinkReady = true;
-        // The transfer writes into /dev/null through a link of the file's name.
-        const QString path = m_folder + u'/' + name;
-        QFile::remove(path);
-        QFile::link(QStringLiteral("/dev/null"), path);
-        if (ctx.timer && ctx.traits->waitEnd != WaitEnd::ResolveIfStepOne)
-            ctx.startTimer(1000);
-        else
-            ctx.handOff();
-    }
-
-private:
-    int m_port;
-    QString m_folder;
-    int m_count = 0;
-};
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -117,11 +69,12 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
     QApplication app(argc, argv);
-    SilentPrompts prompts;
+    FakePrompts prompts;
     AppCore core(&prompts);
     core.setLinkListPath(home.filePath(QStringLiteral("LinkList.lq")));
     const QString folder = home.filePath(QStringLiteral("downloads"));
     QDir().mkpath(folder);
+    core.setDownloadDir(folder);
 
     MainWindow window(&core, &prompts);
     window.show();
@@ -131,10 +84,18 @@ int main(int argc, char **argv)
         if (site == Sites::MediaFire)
             continue;
         sites.push_back(site);
-        core.queues().setResolver(site, std::make_unique<StandInResolver>(port, folder));
-        for (int k = 0; k < kRowsPerSite; ++k)
-            core.list().addLinkToList(
-                QStringLiteral("http://site%1.example/file/%2").arg(site).arg(k), site, &prompts);
+        // The link is the file's own address on the server; its 2 GiB are
+        // announced, and written to /dev/null through a link of its name.
+        auto standIn = std::make_unique<StandInRecipe>();
+        standIn->mode = StandInRecipe::Mode::Resolve;
+        standIn->fileSize = QStringLiteral("2 GB");
+        core.queues().setRecipe(site, std::move(standIn));
+        for (int k = 0; k < kRowsPerSite; ++k) {
+            const QString name = QStringLiteral("site%1_%2.bin").arg(site).arg(k);
+            QFile::link(QStringLiteral("/dev/null"), folder + u'/' + name);
+            core.list().addLinkToList(QStringLiteral("http://127.0.0.1:%1/%2").arg(port).arg(name),
+                                      site, &prompts);
+        }
     }
     window.expandCollapseAll();
 

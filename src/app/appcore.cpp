@@ -4,7 +4,6 @@
 #include "prompts/prompts.h"
 #include "intake/linkextraction.h"
 #include "list/linklistfile.h"
-#include "resolvers/rapidshare.h"
 #include "system/apppaths.h"
 
 const QString AppCore::capturePrefix = QStringLiteral(":KELDOVARPINE:");
@@ -19,9 +18,11 @@ AppCore::AppCore(Prompts *prompts, QObject *parent)
       m_downloadDir(designDownloadDir())
 {
     m_list.open();
-    const FolderSettings folder{[this] { return downloadDir(); },
-                                [this] { return createSubDir(); }};
-    m_queues.setResolver(Sites::RapidShare, std::make_unique<RapidShareResolver>(folder));
+    m_queues.setFolder({[this] { return downloadDir(); }, [this] { return createSubDir(); }});
+    for (const Sites::Site &site : Sites::all()) {
+        if (site.makeRecipe)
+            m_queues.setRecipe(site.number, site.makeRecipe());
+    }
     connect(&m_queues, &SiteQueues::queueRanOut, this, &AppCore::queueRanOut);
 }
 

@@ -34,3 +34,9 @@ bool ConsolePrompts::openExternal(const QString &target)
     writeLine(QStringLiteral("open: %1").arg(target));
     return false;
 }
+
+std::optional<QString> ConsolePrompts::askCaptcha(const QString &pictureFile)
+{
+    writeLine(QStringLiteral("captcha: %1 closed").arg(pictureFile));
+    return std::nullopt;
+}

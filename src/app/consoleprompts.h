@@ -4,7 +4,8 @@
 
 // Prompts for a run without a person at the screen (TESSALWICK_PROMPTS=console):
 // each message and balloon is written to standard error as one line and the
-// first button is taken as the answer; the folder picker is cancelled.
+// first button is taken as the answer; the folder picker and the captcha are
+// closed without an answer.
 class ConsolePrompts : public Prompts
 {
 public:
@@ -14,4 +15,5 @@ public:
                  int milliseconds) override;
     QString browseForFolder(const QString &title) override;
     bool openExternal(const QString &target) override;
+    std::optional<QString> askCaptcha(const QString &pictureFile) override;
 };

@@ -8,34 +8,6 @@
 
 namespace {
 
-// One row of the recognition table: a word holding the site's literal is
-// decided by this row alone. Fragments are searched in the word's path only.
-struct ClassificationRow
-{
-    int site;
-    std::array<QStringView, 4> excluded; // unused entries are empty
-    QStringView required;                // empty: nothing required
-};
-
-// Tried strictly in this order. MediaFire has no row: its links are never
-// recognised. The second 4Shared "zoneid" fragment can never decide anything
-// after the first one; the pair is kept as the table has always had it.
-const ClassificationRow kRows[] = {
-    {Sites::RapidShare, {u"progress.html?uploadid"}, {}},
-    {Sites::Youtube,
-     {u"results?search_query", u"action_handle_legacy_signin", u"adsense_script.html"},
-     u"watch?"},
-    {Sites::MegaUpload, {u"mc.php?l="}, {}},
-    {Sites::FourShared,
-     {u"advertise/banners", u"www/delivery/afr.php?zoneid", u"www/delivery/afr.php?zoneid=",
-      u"main/frameanonuploadprogressbar.jsp"},
-     {}},
-    {Sites::DepositFiles, {}, {}},
-    {Sites::HotFile, {}, {}},
-    {Sites::FileFactory, {u"upload/", u"ads/", u"premium/index.php?", u"takeoverad.html?"}, {}},
-};
-constexpr int kRowCount = int(std::size(kRows));
-
 constexpr QStringView kSchemeWww = u"http://www.";
 constexpr QStringView kScheme = u"http://";
 constexpr QStringView kHintSentence = u"Type or paste the sharing links, You can paste the whole "
@@ -79,12 +51,14 @@ public:
     WordClassifier()
     {
         const SiteHosts &hosts = SiteHosts::instance();
-        for (int i = 0; i < kRowCount; ++i) {
-            QString host = hosts.host(SiteHosts::keyOf(kRows[i].site)).toLower();
+        for (const Sites::Site &site : Sites::all()) {
+            QString host = hosts.host(site.number).toLower();
             if (host.startsWith(u"www."))
                 host.remove(0, 4);
-            // A site without a host has no literal and recognises nothing.
-            m_literals[i] = host.isEmpty() ? QString() : host + u'/';
+            // A site without a host, or whose links intake doesn't know, has
+            // no literal and recognises nothing.
+            const bool known = site.recognition.recognised && !host.isEmpty();
+            m_literals[site.number - 1] = known ? host + u'/' : QString();
         }
     }
 
@@ -119,10 +93,12 @@ public:
 private:
     int decide(QStringView word) const
     {
-        for (int i = 0; i < kRowCount; ++i) {
-            if (m_literals[i].isEmpty() || !word.contains(m_literals[i], Qt::CaseInsensitive))
+        // Tried strictly in the table's order.
+        for (const Sites::Site &site : Sites::all()) {
+            const QString &literal = m_literals[site.number - 1];
+            if (literal.isEmpty() || !word.contains(literal, Qt::CaseInsensitive))
                 continue;
-            const ClassificationRow &row = kRows[i];
+            const Sites::Recognition &row = site.recognition;
             for (QStringView fragment : row.excluded) {
                 if (!fragment.isEmpty() &&
                     QStringView(m_path).contains(fragment, Qt::CaseInsensitive))
@@ -131,12 +107,12 @@ private:
             if (!row.required.isEmpty() &&
                 !QStringView(m_path).contains(row.required, Qt::CaseInsensitive))
                 return 0;
-            return row.site;
+            return site.number;
         }
         return 0;
     }
 
-    std::array<QString, kRowCount> m_literals;
+    std::array<QString, Sites::Count> m_literals;
     QString m_stripped;
     QString m_scratch;
     QString m_path;

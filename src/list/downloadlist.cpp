@@ -135,6 +135,17 @@ void RowCursor::movePrevious()
     m_seq = (*std::prev(it))->seq;
 }
 
+void RowCursor::moveToIndex(int index)
+{
+    const SiteRow *s = siteRow();
+    if (!s || index < 0 || index >= int(s->children.size())) {
+        m_pos = Pos::Eof;
+        return;
+    }
+    m_seq = s->children[index]->seq;
+    m_pos = Pos::Row;
+}
+
 LinkRow *RowCursor::row() const
 {
     if (m_pos != Pos::Row || !siteRow())
@@ -184,7 +195,7 @@ void DownloadList::open()
         auto site = std::make_unique<SiteRow>();
         site->isSite = true;
         site->id = id;
-        site->siteName = Sites::siteName(id);
+        site->siteName = Sites::name(id);
         site->activeTotal = QStringLiteral("0 Active, 0 Total");
         m_sites.push_back(std::move(site));
     }

@@ -83,6 +83,9 @@ public:
     void moveLast();
     void moveNext();
     void movePrevious();
+    // Onto the row at this index of the site's rows; past the last one when
+    // there is none.
+    void moveToIndex(int index);
 
     LinkRow *row() const; // the live row under the cursor, or nullptr
     QString field(Field f) const;

@@ -1,25 +1,87 @@
 #include "list/sitetable.h"
 
+#include "resolvers/recipes.h"
+#include "system/failure.h"
+
 namespace Sites {
 
-const QStringList &siteNames()
+namespace {
+
+using enum WaitEnd;
+using enum StepReset;
+
+// The second 4Shared "zoneid" fragment can never decide anything after the
+// first one; the pair is kept as the table has always had it. The menu
+// captions spell the site names their own way, and each form stays.
+// clang-format off
+const std::array<Site, Count> kSites = {{
+    {RapidShare, "RapidShare", "rapidshare", "rapidshare.com", "RapidShare Files",
+     {true, {u"progress.html?uploadid"}, {}},
+     {"mnuRapidshare", "Start Rapidshare"}, {"mnuSRapidshare", "Stop Rapidshare"}, true,
+     true, true, None, false, HandOffIfLinkReady, "DirectURL", &makeRapidShareRecipe},
+    {Youtube, "Youtube", "youtube", "youtube.com", "Youtube Files",
+     {true, {u"results?search_query", u"action_handle_legacy_signin", u"adsense_script.html"},
+      u"watch?"},
+     {"mnuYoutube", "Start Youtube"}, {"mnuSYoutube", "Stop Youtube"}, true,
+     false, true, None, false, HandOff, "DirectURL", nullptr},
+    {MegaUpload, "MegaUpload", "megaupload", "megaupload.com", "MegaUpload Files",
+     {true, {u"mc.php?l="}, {}},
+     {"mnuMegaUpload", "Start Megaupload"}, {"mnuSMegaUpload", "Stop Megaupload"}, true,
+     true, true, BeforeStarting, true, HandOff, "DirectURL", nullptr},
+    {FourShared, "4Shared", "4shared", "4shared.com", "4Shared Files",
+     {true, {u"advertise/banners", u"www/delivery/afr.php?zoneid", u"www/delivery/afr.php?zoneid=",
+             u"main/frameanonuploadprogressbar.jsp"}, {}},
+     {"mnu4Shared", "Start 4Shared"}, {"mnuS4Shared", "Stop 4Shared"}, true,
+     true, true, None, false, HandOffIfLinkReady, "DirectURL", nullptr},
+    // Intake never gives MediaFire a row, its parent row stays hidden and the
+    // commands for all sites pass it by: its rows come only from a saved list.
+    {MediaFire, "MediaFire", "mediafire", "mediafire.com", "MediaFire Files",
+     {false, {}, {}},
+     {"mnuMediaFire", "Start Mediafire"}, {"mnuSMediaFire", "Stop Mediafire"}, false,
+     true, false, None, false, HandOffIfLinkReady, "DirectDownURL", nullptr},
+    {DepositFiles, "DepositFiles", "depositfiles", "depositfiles.com", "DepositFiles Files",
+     {true, {}, {}},
+     {"mnuDepositeFiles", "Start DepositeFiles"}, {"mnuSDepositeFiles", "Stop DepositeFiles"}, true,
+     true, true, None, false, HandOff, "DirectURL", nullptr},
+    {HotFile, "HotFile", "hotfile", "hotfile.com", "HotFile Files",
+     {true, {}, {}},
+     {"mnuHotFile", "Start Hotfile"}, {"mnuSHotFile", "Stop Hotfile"}, true,
+     true, true, AfterStarting, false, ResolveIfStepOne, "DirectURL", nullptr},
+    {FileFactory, "FileFactory", "filefactory", "filefactory.com", "FileFactory Files",
+     {true, {u"upload/", u"ads/", u"premium/index.php?", u"takeoverad.html?"}, {}},
+     {"mnuFileFactory", "Start FileFactory"}, {"mnuSFileFactory", "Stop FileFactory"}, true,
+     true, true, None, false, HandOff, "DirectURL", nullptr},
+}};
+// clang-format on
+
+const std::array<int, Count> kStopAll = {FourShared, DepositFiles, FileFactory, HotFile,
+                                         MegaUpload, RapidShare,   Youtube,     MediaFire};
+
+} // namespace
+
+const std::array<Site, Count> &all()
 {
-    static const QStringList names = {"RapidShare", "Youtube",      "MegaUpload", "4Shared",
-                                      "MediaFire",  "DepositFiles", "HotFile",    "FileFactory"};
-    return names;
+    return kSites;
 }
 
-QString siteName(int site)
+const Site &site(int number)
 {
-    return isSite(site) ? siteNames().at(site - 1) : QString();
+    if (!isSite(number))
+        throw RuntimeFailure("Subscript out of range");
+    return kSites[number - 1];
+}
+
+QString name(int number)
+{
+    return isSite(number) ? QString::fromLatin1(kSites[number - 1].name) : QString();
+}
+
+const std::array<int, Count> &stopAllOrder()
+{
+    return kStopAll;
 }
 
 } // namespace Sites
-
-namespace {
-const char *const kKeys[Sites::Count] = {"rapidshare", "youtube",      "megaupload", "4shared",
-                                         "mediafire",  "depositfiles", "hotfile",    "filefactory"};
-}
 
 SiteHosts::SiteHosts()
 {
@@ -34,18 +96,20 @@ SiteHosts &SiteHosts::instance()
 
 void SiteHosts::reset()
 {
-    m_hosts = {
-        {"rapidshare", "rapidshare.com"}, {"youtube", "youtube.com"},
-        {"megaupload", "megaupload.com"}, {"4shared", "4shared.com"},
-        {"mediafire", "mediafire.com"},   {"depositfiles", "depositfiles.com"},
-        {"hotfile", "hotfile.com"},       {"filefactory", "filefactory.com"},
-    };
+    m_hosts.clear();
+    for (const Sites::Site &site : Sites::all())
+        m_hosts.insert(QString::fromLatin1(site.key), QString::fromLatin1(site.defaultHost));
     applyOverrides(qEnvironmentVariable("TESSALWICK_SITE_HOSTS"));
 }
 
 QString SiteHosts::host(const QString &key) const
 {
     return m_hosts.value(key.toLower());
+}
+
+QString SiteHosts::host(int site) const
+{
+    return Sites::isSite(site) ? host(QString::fromLatin1(Sites::site(site).key)) : QString();
 }
 
 void SiteHosts::setHost(const QString &key, const QString &host)
@@ -65,9 +129,4 @@ void SiteHosts::applyOverrides(const QString &overrides)
         if (!value.isEmpty())
             setHost(key, value);
     }
-}
-
-QString SiteHosts::keyOf(int site)
-{
-    return Sites::isSite(site) ? QString::fromLatin1(kKeys[site - 1]) : QString();
 }

@@ -2,8 +2,10 @@
 
 #include <QString>
 
+#include <optional>
+
 // Everything the core asks of a person goes through here: message boxes, tray
-// balloons, the folder picker, opening a file or a web page. The window
+// balloons, the folder picker, opening a file or a web page, the captcha. The window
 // implements it with widgets; tests record the questions and give answers.
 class Prompts
 {
@@ -25,4 +27,8 @@ public:
     virtual QString browseForFolder(const QString &title) = 0;
     // Opens a file, folder or web address with the desktop's handler.
     virtual bool openExternal(const QString &target) = 0;
+    // The captcha question: shows the picture in this file and gives what
+    // the person typed, or nothing when the question was closed without its
+    // button.
+    virtual std::optional<QString> askCaptcha(const QString &pictureFile) = 0;
 };

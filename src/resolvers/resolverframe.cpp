@@ -4,27 +4,16 @@
 #include "resolvers/textpos.h"
 #include "resolvers/xmlhttprequest.h"
 #include "scheduling/numbertext.h"
+#include "scheduling/sitequeues.h"
 #include "system/logicaltimer.h"
 
 #include <QCoreApplication>
 
 namespace ResolverFrame {
 
-namespace {
-
-const QString kZero = QStringLiteral("0");
-
-void writeFailure(SiteContext &site, const QString &status)
+PollResult poll(RecipeSite &site, XmlHttpRequest &request)
 {
-    site.cursor.setField(Field::Status, status);
-    site.cursor.setField(Field::WaitTimeInSec, kZero);
-}
-
-} // namespace
-
-PollResult poll(SiteContext &site, XmlHttpRequest &request)
-{
-    RequestGuard &guard = site.queues->requestGuard();
+    RequestGuard &guard = site.requestGuard();
     // Enabling a running time-out leaves it running: a request may be cut off
     // by a timer that an earlier request of any site started.
     guard.tmrTimeOut->setEnabled(true);
@@ -34,13 +23,13 @@ PollResult poll(SiteContext &site, XmlHttpRequest &request)
         for (int pump = 0; pump < kPumpsPerRound; ++pump) {
             // Once the round's answer is known there is nothing to wait for:
             // the remaining pumps only run what is already queued.
-            const bool settled =
-                request.readyState() == XmlHttpRequest::Done || site.bStop || guard.bTimeOut;
+            const bool settled = request.readyState() == XmlHttpRequest::Done ||
+                                 site.stopAsked() || guard.bTimeOut;
             QCoreApplication::processEvents(settled ? QEventLoop::AllEvents
                                                     : QEventLoop::AllEvents |
                                                           QEventLoop::WaitForMoreEvents);
         }
-        if (site.bStop)
+        if (site.stopAsked())
             return PollResult::Stopped;
         if (guard.bTimeOut)
             return PollResult::TimedOut;
@@ -48,72 +37,63 @@ PollResult poll(SiteContext &site, XmlHttpRequest &request)
     return PollResult::Ended;
 }
 
-bool waitForAnswer(SiteContext &site, XmlHttpRequest &request)
+void pollToTheEnd(XmlHttpRequest &request)
+{
+    while (request.readyState() != XmlHttpRequest::Done) {
+        for (int pump = 0; pump < kPumpsPerRound; ++pump) {
+            const bool settled = request.readyState() == XmlHttpRequest::Done;
+            QCoreApplication::processEvents(settled ? QEventLoop::AllEvents
+                                                    : QEventLoop::AllEvents |
+                                                          QEventLoop::WaitForMoreEvents);
+        }
+    }
+}
+
+bool waitForAnswer(RecipeSite &site, XmlHttpRequest &request, OnBadStatus onBadStatus)
 {
     switch (poll(site, request)) {
     case PollResult::Stopped:
-        stopped(site);
+        site.stopped();
         return false;
     case PollResult::TimedOut:
-        connectionError(site);
+        site.connectionError();
         return false;
     case PollResult::Ended:
         break;
     }
-    if (request.status() != 200) {
-        connectionError(site);
-        return false;
+    if (request.status() == 200)
+        return true;
+    switch (onBadStatus) {
+    case OnBadStatus::ConnectionFailure:
+        site.connectionError();
+        break;
+    case OnBadStatus::Error:
+        site.pageError();
+        break;
+    case OnBadStatus::ConnectionErrorAtRest:
+        site.writeFailure(StatusText::ConnectionError);
+        break;
     }
-    return true;
+    return false;
 }
 
-void stopped(SiteContext &site)
+std::optional<QString> get(RecipeSite &site, XmlHttpRequest &request, const QString &url,
+                           OnBadStatus onBadStatus)
 {
-    writeFailure(site, StatusText::Stopped);
+    request.open(QStringLiteral("GET"), url);
+    request.send();
+    if (!waitForAnswer(site, request, onBadStatus))
+        return std::nullopt;
+    return request.responseText();
 }
 
-void connectionError(SiteContext &site)
+std::optional<QString> post(RecipeSite &site, XmlHttpRequest &request, const QString &url,
+                            const QByteArray &body, OnBadStatus onBadStatus)
 {
-    writeFailure(site, StatusText::ConnectionError);
-    site.continueQueue();
-}
-
-void notFound(SiteContext &site, const QString &errorDesc)
-{
-    writeFailure(site, StatusText::NotFound);
-    if (!errorDesc.isNull())
-        site.cursor.setField(Field::ErrorDesc, errorDesc);
-    site.continueQueue();
-}
-
-void pageError(SiteContext &site)
-{
-    writeFailure(site, StatusText::Error);
-    site.continueQueue();
-}
-
-void longWait(SiteContext &site, const QString &minutes)
-{
-    site.cursor.setField(Field::Status,
-                         QStringLiteral("Wait ") + minutes + QStringLiteral(" Minutes"));
-    site.cursor.setField(Field::WaitTimeInSec,
-                         NumberText::fromDouble(TextPos::toNumber(minutes) * 60));
-    site.startTimer(kMinutesInterval);
-}
-
-void resolved(SiteContext &site, int seconds)
-{
-    site.cursor.setField(Field::Status, QStringLiteral("Wait %1 Seconds").arg(seconds));
-    site.cursor.setField(Field::WaitTimeInSec, QString::number(seconds));
-    site.startTimer(kSecondsInterval);
-}
-
-QString localFolder(const FolderSettings &folder, const QString &siteSubFolder)
-{
-    QString path = folder.downloadDir ? folder.downloadDir() : QString();
-    if (folder.createSubDir && folder.createSubDir() == 1)
-        path += QLatin1Char('/') + siteSubFolder;
-    return path;
+    request.sendForm(url, body);
+    if (!waitForAnswer(site, request, onBadStatus))
+        return std::nullopt;
+    return request.responseText();
 }
 
 int parseWaitSeconds(const QString &page)

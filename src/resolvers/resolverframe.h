@@ -1,42 +1,23 @@
 #pragma once
 
-#include "scheduling/sitequeues.h"
+#include "list/statustext.h"
+#include "resolvers/reading.h"
+#include "resolvers/recipesite.h"
 
+#include <QByteArray>
 #include <QString>
 
-#include <exception>
-#include <functional>
+#include <optional>
 
 class XmlHttpRequest;
 
-// Where the resolvers put files: the download folder as the window shows it
-// and the switch that gives each site a folder of its own (value 1).
-struct FolderSettings
-{
-    std::function<QString()> downloadDir;
-    std::function<int()> createSubDir;
-};
-
-// The shape every site's recipe has: waiting for a request, the six ways a
-// run ends, the local folder, the guards. A recipe works on the row at its
-// site's cursor and ends in exactly one of the outcomes below:
-//
-//   stopped by the user   "Stopped", 0                   nothing further
-//   connection failure    "Connection Error", 0          next link
-//   file gone             "Not Found", 0 (+ ErrorDesc)   next link
-//   page not understood   "Error", 0                     next link
-//   a long wait           "Wait N Minutes", N * 60       site timer at 60000
-//   resolved              "Wait N Seconds", N            site timer at 1000
-//
-// Only the failures go on to the next link themselves; a wait leaves that to
-// the site's timer, and a stop to the user.
+// What every recipe does the same way: waiting for a request while the event
+// queue runs, the fetch and the form post that end in that wait, and the
+// guards that turn a run-time failure into an outcome.
 namespace ResolverFrame {
 
 // Pumps of the event queue per look at the stop and time-out flags.
 constexpr int kPumpsPerRound = 6;
-constexpr int kTimeOutInterval = 50000;
-constexpr int kSecondsInterval = 1000;
-constexpr int kMinutesInterval = 60000;
 
 enum class PollResult {
     Ended,    // the request has ended; its status is still to be judged
@@ -45,55 +26,53 @@ enum class PollResult {
 };
 
 // Waits for the request to end while the event queue runs: everything else
-// (timers, sockets, other sites' resolvers, clicks) goes on inside the wait.
+// (timers, sockets, other sites' recipes, clicks) goes on inside the wait.
 // Starts the shared time-out if it isn't running and clears its flag, then
 // pumps six times per round and after each round looks at the site's stop
 // flag and at the time-out flag. A pump sleeps until the next event arrives,
 // so a long wait costs no processor time. The request is never aborted here.
-PollResult poll(SiteContext &site, XmlHttpRequest &request);
+PollResult poll(RecipeSite &site, XmlHttpRequest &request);
+// The same wait without a stop or a time-out: it ends with the request.
+void pollToTheEnd(XmlHttpRequest &request);
 
-// The poll with its usual consequences: true for an answer with status 200;
-// otherwise the run's outcome has been written ("Stopped" on a stop; a
-// connection failure on a time-out or another status) and the recipe returns.
-bool waitForAnswer(SiteContext &site, XmlHttpRequest &request);
+// What an answer whose status isn't 200 means to a recipe.
+enum class OnBadStatus {
+    ConnectionFailure, // "Connection Error", then the next link (the frame's rule)
+    Error,             // "Error", then the next link
+    ConnectionErrorAtRest, // "Connection Error", and the queue rests on the row
+};
 
-// ---- The outcomes ----
-void stopped(SiteContext &site);
-void connectionError(SiteContext &site);
-// ErrorDesc is written only when a description is given.
-void notFound(SiteContext &site, const QString &errorDesc = QString());
-void pageError(SiteContext &site);
-// `minutes` as the page gave it; it has to read as a number.
-void longWait(SiteContext &site, const QString &minutes);
-// Writes the wait and starts the countdown. The row's address, file, folder
-// and size must have been written before.
-void resolved(SiteContext &site, int seconds);
+// The poll with its consequences: true for an answer with status 200;
+// otherwise the run's outcome has been written ("Stopped" on a stop, a
+// connection failure on a time-out, `onBadStatus` for another status) and
+// the recipe returns.
+bool waitForAnswer(RecipeSite &site, XmlHttpRequest &request,
+                   OnBadStatus onBadStatus = OnBadStatus::ConnectionFailure);
 
-// The folder a site's files go to: the download folder, and the site's
-// subfolder behind it when each site gets its own.
-QString localFolder(const FolderSettings &folder, const QString &siteSubFolder);
+// A GET of `url` on the request object, then waitForAnswer(): the page for
+// status 200, nothing once an outcome has been written.
+std::optional<QString> get(RecipeSite &site, XmlHttpRequest &request, const QString &url,
+                           OnBadStatus onBadStatus = OnBadStatus::ConnectionFailure);
+// A form POST of `body` to `url` (see XmlHttpRequest::sendForm), then
+// waitForAnswer().
+std::optional<QString> post(RecipeSite &site, XmlHttpRequest &request, const QString &url,
+                            const QByteArray &body,
+                            OnBadStatus onBadStatus = OnBadStatus::ConnectionFailure);
 
 // The number behind "var c=" up to the next ";" of a page; 0 where there is
-// none or it is no 16-bit whole number.
+// none or it is no whole number.
 int parseWaitSeconds(const QString &page);
 
-// A recipe's parsing step: any run-time failure ends in "Error".
-template <typename Steps> void guardParse(SiteContext &site, Steps &&steps)
+// A recipe's fetching step: any run-time failure ends in `word`, then the
+// next link.
+template <typename Steps>
+void guardResolve(RecipeSite &site, Steps &&steps,
+                  const QString &word = StatusText::ConnectionError)
 {
     try {
         steps();
     } catch (const RuntimeFailure &) {
-        pageError(site);
-    }
-}
-
-// A recipe's fetching step: any run-time failure ends as a connection failure.
-template <typename Steps> void guardResolve(SiteContext &site, Steps &&steps)
-{
-    try {
-        steps();
-    } catch (const RuntimeFailure &) {
-        connectionError(site);
+        write(site, Reading().fail(word));
     }
 }
 

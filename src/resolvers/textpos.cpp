@@ -65,6 +65,22 @@ QString spanToEnd(const QString &text, int start)
     return text.mid(start - 1);
 }
 
+QString afterLast(const QString &text, const QString &what)
+{
+    const int at = findBack(text, what);
+    return at == 0 ? QString() : spanToEnd(text, at + int(what.size()));
+}
+
+QString between(const QString &text, const QString &open, const QString &close, int start)
+{
+    const int a = find(text, open, start);
+    if (a == 0)
+        return QString();
+    const int from = a + int(open.size());
+    const int b = find(text, close, from);
+    return b == 0 ? QString() : span(text, from, b - from);
+}
+
 bool isNumeric(const QString &text)
 {
     const QString t = text.trimmed();

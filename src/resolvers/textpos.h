@@ -27,6 +27,16 @@ QString span(const QString &text, int start, int length);
 // Everything from `start` on. Throws for a start before 1.
 QString spanToEnd(const QString &text, int start);
 
+// The plain shapes of scraping. Where a recipe's arithmetic departs from
+// them on purpose, the recipe writes its positions out.
+//
+// What stands behind the last `what`, ignoring case; a null text where there
+// is none.
+QString afterLast(const QString &text, const QString &what);
+// What stands between the first `open` at or after `start` and the next
+// `close` behind it, ignoring case; a null text where either is missing.
+QString between(const QString &text, const QString &open, const QString &close, int start = 1);
+
 // Reads as a number: blanks around it, an optional sign, digits with at most
 // one decimal point, an optional exponent. " 3" and "123 " do, " " and "3 4"
 // don't.

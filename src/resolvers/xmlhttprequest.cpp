@@ -106,6 +106,16 @@ void XmlHttpRequest::send(const QByteArray &body)
     connect(reply, &QNetworkReply::finished, this, &XmlHttpRequest::onFinished);
 }
 
+void XmlHttpRequest::sendForm(const QString &url, const QByteArray &body)
+{
+    open(QStringLiteral("POST"), url);
+    setRequestHeader(QStringLiteral("Content-type"),
+                     QStringLiteral("application/x-www-form-urlencoded"));
+    setRequestHeader(QStringLiteral("Content-length"), QString::number(body.size()));
+    setRequestHeader(QStringLiteral("Connection"), QStringLiteral("close"));
+    send(body);
+}
+
 void XmlHttpRequest::abort()
 {
     dropReply();

@@ -36,6 +36,10 @@ public:
     // Starts the request and returns at once.
     void send();
     void send(const QByteArray &body);
+    // A form post: opens `url` for POST and sends `body` with the headers
+    // Content-type (form-urlencoded), Content-length (the body's length) and
+    // Connection (close), in that order.
+    void sendForm(const QString &url, const QByteArray &body);
     void abort();
 
     int readyState() const { return m_readyState; }

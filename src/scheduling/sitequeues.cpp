@@ -6,6 +6,8 @@
 #include "system/logicaltimer.h"
 #include "transfer/downloadasynch.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kCountdownInterval = 1000;
@@ -33,14 +35,21 @@ void SiteContext::startTimer(int intervalMs)
 
 void SiteContext::handOff()
 {
-    const auto addressField = fieldByName(QLatin1String(traits->directUrlField));
+    const auto addressField = fieldByName(QLatin1String(info->directUrlField));
     if (!addressField)
         throw RuntimeFailure("Item cannot be found in the collection");
-    downloader->setUrl(cursor.field(*addressField));
-    downloader->setLocalFilePath(cursor.field(Field::LocalFilePath) + QLatin1Char('/') +
-                                 cursor.field(Field::LocalFile));
+    const QString url = cursor.field(*addressField);
+    const QString path = cursor.field(Field::LocalFilePath) + QLatin1Char('/') +
+                         cursor.field(Field::LocalFile);
     cursor.setField(Field::Status, StatusText::Connecting);
-    downloader->setFileSize(textToSize(cursor.field(Field::FileSize)));
+    startTransfer(url, path, textToSize(cursor.field(Field::FileSize)));
+}
+
+void SiteContext::startTransfer(const QString &url, const QString &localFilePath, float size)
+{
+    downloader->setUrl(url);
+    downloader->setLocalFilePath(localFilePath);
+    downloader->setFileSize(size);
     downloader->startDownload();
 }
 
@@ -51,35 +60,34 @@ void SiteContext::continueQueue()
 
 // ---- SiteQueues ----
 
-SiteQueues::SiteQueues(DownloadList &list, Prompts *prompts, ResolverTable resolvers,
+SiteQueues::SiteQueues(DownloadList &list, Prompts *prompts, RecipeTable recipes,
                        QObject *parent)
-    : QObject(parent), m_list(list), m_prompts(prompts), m_resolvers(std::move(resolvers))
+    : QObject(parent), m_list(list), m_prompts(prompts), m_recipes(std::move(recipes))
 {
-    for (const SiteTraits &traits : SiteTable::all()) {
-        SiteContext &ctx = m_sites[traits.site - 1];
-        ctx.site = traits.site;
-        ctx.traits = &traits;
+    for (const Sites::Site &info : Sites::all()) {
+        const int site = info.number;
+        SiteContext &ctx = m_sites[site - 1];
+        ctx.site = site;
+        ctx.info = &info;
         ctx.queues = this;
-        ctx.resolver = m_resolvers[traits.site - 1].get();
-        if (traits.hasTimer) {
+        ctx.recipe = m_recipes[site - 1].get();
+        if (info.hasTimer) {
             ctx.timer = new LogicalTimer(this);
             ctx.timer->setInterval(kCountdownInterval);
-            const int site = traits.site;
             connect(ctx.timer, &LogicalTimer::timeout, this, [this, site] { onSiteTimer(site); });
         }
         ctx.downloader = new DownloadAsynch(m_prompts, this);
-        const int index = traits.transferIndex;
         DownloadAsynch *d = ctx.downloader;
         connect(d, &DownloadAsynch::fileBegin, this,
-                [this, index](float size) { onFileBegin(index, size); });
+                [this, site](float size) { onFileBegin(site, size); });
         connect(d, &DownloadAsynch::progress, this,
-                [this, index](double value, int bps, float done, float remain, float seconds) {
-                    onProgress(index, value, bps, done, remain, seconds);
+                [this, site](double value, int bps, float done, float remain, float seconds) {
+                    onProgress(site, value, bps, done, remain, seconds);
                 });
-        connect(d, &DownloadAsynch::complete, this, [this, index] { onComplete(index); });
-        connect(d, &DownloadAsynch::stopped, this, [this, index] { onStopped(index); });
+        connect(d, &DownloadAsynch::complete, this, [this, site] { onComplete(site); });
+        connect(d, &DownloadAsynch::stopped, this, [this, site] { onStopped(site); });
         connect(d, &DownloadAsynch::error, this,
-                [this, index](const QString &desc) { onError(index, desc); });
+                [this, site](const QString &desc) { onError(site, desc); });
     }
 
     m_guard.tmrTimeOut = new LogicalTimer(this);
@@ -89,15 +97,28 @@ SiteQueues::SiteQueues(DownloadList &list, Prompts *prompts, ResolverTable resol
         m_guard.bTimeOut = true;
         m_guard.tmrTimeOut->setEnabled(false);
     });
+
+    // An edit of a row that a walk has passed means that walk must be made
+    // again from the top.
+    connect(&m_list, &DownloadList::fieldChanged, this,
+            [this](int site, int index, Field) { forgetWalks(site, index); });
+    connect(&m_list, &DownloadList::rowRemoved, this,
+            [this](int site, int index) { forgetWalks(site, index); });
+    connect(&m_list, &DownloadList::rowsInserted, this,
+            [this](int site, int first, int) { forgetWalks(site, first); });
+    connect(&m_list, &DownloadList::resetDone, this, [this] {
+        for (SiteContext &ctx : m_sites)
+            ctx.walkedPast = 0;
+    });
 }
 
 SiteQueues::~SiteQueues() = default;
 
-void SiteQueues::setResolver(int site, std::unique_ptr<SiteResolver> resolver)
+void SiteQueues::setRecipe(int site, std::unique_ptr<SiteRecipe> recipe)
 {
     SiteContext &ctx = context(site);
-    m_resolvers[site - 1] = std::move(resolver);
-    ctx.resolver = m_resolvers[site - 1].get();
+    m_recipes[site - 1] = std::move(recipe);
+    ctx.recipe = m_recipes[site - 1].get();
 }
 
 SiteContext &SiteQueues::context(int site)
@@ -107,13 +128,10 @@ SiteContext &SiteQueues::context(int site)
     return m_sites[site - 1];
 }
 
-SiteContext &SiteQueues::byIndex(int index)
+void SiteQueues::forgetWalks(int site, int index)
 {
-    for (SiteContext &ctx : m_sites) {
-        if (ctx.traits->transferIndex == index)
-            return ctx;
-    }
-    throw RuntimeFailure("Subscript out of range");
+    if (Sites::isSite(site) && index < m_sites[site - 1].walkedPast)
+        m_sites[site - 1].walkedPast = 0;
 }
 
 bool SiteQueues::isEligible(const QString &status)
@@ -121,46 +139,95 @@ bool SiteQueues::isEligible(const QString &status)
     return status == StatusText::Waiting || status.left(7) == StatusText::Stopped;
 }
 
+// Runs a site's start or a run of its recipe, and after it every start of the
+// same site that was asked for meanwhile, one after another.
+template <typename Body> void SiteQueues::runExclusive(SiteContext &ctx, Body &&body)
+{
+    struct Exclusive
+    {
+        SiteContext &ctx;
+        explicit Exclusive(SiteContext &c) : ctx(c) { ctx.busy = true; }
+        ~Exclusive()
+        {
+            ctx.busy = false;
+            // A failure that escaped takes the starts noted meanwhile with it.
+            ctx.pendingStart = false;
+        }
+    } exclusive(ctx);
+    body();
+    while (ctx.pendingStart) {
+        ctx.pendingStart = false;
+        startOnce(ctx, ctx.pendingFromMenu);
+    }
+}
+
 void SiteQueues::startDownloadLinks(int site, bool bFromMenu)
 {
     SiteContext &ctx = context(site);
+    if (ctx.busy) {
+        // A continuation among the starts noted skips the busy test.
+        ctx.pendingFromMenu = ctx.pendingStart ? ctx.pendingFromMenu && bFromMenu : bFromMenu;
+        ctx.pendingStart = true;
+        return;
+    }
+    runExclusive(ctx, [&] { startOnce(ctx, bFromMenu); });
+}
+
+void SiteQueues::startOnce(SiteContext &ctx, bool bFromMenu)
+{
     // Cleared first, also when the call goes on to do nothing.
     ctx.bStop = false;
-    if (bFromMenu && isDownloading(site))
+    if (bFromMenu && isDownloading(ctx.site))
         return;
-
-    ctx.cursor = m_list.getSiteRecords(site);
-    const int count = ctx.cursor.recordCount();
-    if (count == 0)
+    if (!findEligibleRow(ctx))
         return;
-    ctx.cursor.moveFirst();
-
-    // The first eligible row in list order wins. Flags left on the rows before
-    // it by an earlier run are cleared on the way; rows after it aren't touched.
-    bool found = false;
-    for (int i = 0; i < count; ++i) {
-        if (isEligible(ctx.cursor.field(Field::Status))) {
-            found = true;
-            break;
-        }
-        ctx.cursor.setField(Field::IsDownloading, QStringLiteral("0"));
-        ctx.cursor.moveNext();
-    }
-    if (!found) {
-        emit queueRanOut(site);
-        return;
-    }
     // Without a recipe for the site the row stays queued as it is.
-    if (!ctx.resolver)
+    if (!ctx.recipe)
         return;
 
-    if (ctx.traits->stepReset == StepReset::BeforeStarting)
+    if (ctx.info->stepReset == Sites::StepReset::BeforeStarting)
         ctx.iStep = 0;
     ctx.cursor.setField(Field::Status, StatusText::Starting);
     ctx.cursor.setField(Field::IsDownloading, QStringLiteral("1"));
-    if (ctx.traits->stepReset == StepReset::AfterStarting)
+    if (ctx.info->stepReset == Sites::StepReset::AfterStarting)
         ctx.iStep = 0;
-    ctx.resolver->resolve(ctx);
+    runRecipe(ctx);
+}
+
+// Puts the site's cursor on its first eligible row. Flags left on the rows
+// before it by an earlier run are cleared on the way; rows after it aren't
+// touched. A site without rows gives false at once; a site whose rows are all
+// passed over ran out, which is announced.
+bool SiteQueues::findEligibleRow(SiteContext &ctx)
+{
+    ctx.cursor = m_list.getSiteRecords(ctx.site);
+    const int count = ctx.cursor.recordCount();
+    if (count == 0)
+        return false;
+
+    // The rows an earlier walk passed are passed again without a look: they
+    // still are as that walk left them. So a run of failing rows costs one
+    // walk over the site, not one per row.
+    int index = std::min(ctx.walkedPast, count);
+    ctx.cursor.moveToIndex(index);
+    for (; index < count; ++index) {
+        if (isEligible(ctx.cursor.field(Field::Status)))
+            break;
+        ctx.cursor.setField(Field::IsDownloading, QStringLiteral("0"));
+        ctx.cursor.moveNext();
+    }
+    ctx.walkedPast = index;
+    if (index == count) {
+        emit queueRanOut(ctx.site);
+        return false;
+    }
+    return true;
+}
+
+void SiteQueues::runRecipe(SiteContext &ctx)
+{
+    RecipeSite site(ctx);
+    ctx.recipe->resolve(site);
 }
 
 void SiteQueues::stopDownloads(int site)
@@ -168,9 +235,9 @@ void SiteQueues::stopDownloads(int site)
     SiteContext &ctx = context(site);
     if (!isDownloading(site))
         return;
-    // A site whose resolver holds a socket of its own goes on past any
-    // failing step of its stop.
-    const bool tolerant = ctx.traits->stopClosesSocket;
+    // A site whose recipe holds a socket of its own goes on past any failing
+    // step of its stop.
+    const bool tolerant = ctx.info->stopClosesSocket;
     auto step = [tolerant](auto &&statement) {
         if (tolerant)
             ignoreFailure(statement);
@@ -180,8 +247,8 @@ void SiteQueues::stopDownloads(int site)
     step([&] { ctx.bStop = true; });
     if (ctx.timer)
         step([&] { ctx.timer->setEnabled(false); });
-    if (ctx.traits->stopClosesSocket && ctx.resolver)
-        step([&] { ctx.resolver->closeConnections(ctx); });
+    if (ctx.info->stopClosesSocket && ctx.recipe)
+        step([&] { ctx.recipe->closeConnections(); });
     // The control raises stopped() on its way out, whatever phase it is in,
     // and the handler below writes the row.
     step([&] { ctx.downloader->stopDownload(); });
@@ -191,16 +258,16 @@ void SiteQueues::startAllDownloads()
 {
     // A failure that escapes one site's start (a recipe without a guard of
     // its own) ends that site's start only; the other sites still begin.
-    for (int site : SiteTable::startAllOrder()) {
-        if (SiteTable::traits(site).inAllCommands && !isDownloading(site))
-            ignoreFailure([&] { startDownloadLinks(site, true); });
+    for (const Sites::Site &info : Sites::all()) {
+        if (info.inAllCommands && !isDownloading(info.number))
+            ignoreFailure([&] { startDownloadLinks(info.number, true); });
     }
 }
 
 void SiteQueues::stopAllDownloads()
 {
-    for (int site : SiteTable::stopAllOrder()) {
-        if (SiteTable::traits(site).inAllCommands)
+    for (int site : Sites::stopAllOrder()) {
+        if (Sites::site(site).inAllCommands)
             stopDownloads(site);
     }
 }
@@ -227,7 +294,7 @@ bool SiteQueues::isAnyDownloading() const
 
 void SiteQueues::startDownloadClicked()
 {
-    // Start-all pumps the event queue through the resolvers; a second click
+    // Start-all pumps the event queue through the recipes; a second click
     // meanwhile is swallowed.
     if (bStartInProgress)
         return;
@@ -255,7 +322,7 @@ void SiteQueues::onSiteTimer(int site)
             // The last tick shows no 0: the wait ends on the tick that finds
             // the value of one interval or less.
             ctx.timer->setEnabled(false);
-            endOfWait(ctx);
+            runExclusive(ctx, [&] { endOfWait(ctx); });
             return;
         }
         row.setField(Field::WaitTimeInSec, NumberText::fromDouble(wait - step));
@@ -279,22 +346,22 @@ void SiteQueues::onSiteTimer(int site)
 
 void SiteQueues::endOfWait(SiteContext &ctx)
 {
-    auto resolveAgain = [&ctx] {
-        if (!ctx.resolver)
-            throw RuntimeFailure("No resolver for the site");
-        ctx.resolver->resolve(ctx);
+    auto resolveAgain = [this, &ctx] {
+        if (!ctx.recipe)
+            throw RuntimeFailure("No recipe for the site");
+        runRecipe(ctx);
     };
-    switch (ctx.traits->waitEnd) {
-    case WaitEnd::HandOff:
+    switch (ctx.info->waitEnd) {
+    case Sites::WaitEnd::HandOff:
         ctx.handOff();
         break;
-    case WaitEnd::HandOffIfLinkReady:
+    case Sites::WaitEnd::HandOffIfLinkReady:
         if (ctx.bLinkReady)
             ctx.handOff();
         else
             resolveAgain();
         break;
-    case WaitEnd::ResolveIfStepOne:
+    case Sites::WaitEnd::ResolveIfStepOne:
         if (ctx.iStep == 1)
             resolveAgain();
         break;
@@ -305,18 +372,18 @@ void SiteQueues::endOfWait(SiteContext &ctx)
 // Every statement of these handlers goes on past a failure: a row that can't
 // be written never stops a handler.
 
-void SiteQueues::onFileBegin(int index, float iFileSize)
+void SiteQueues::onFileBegin(int site, float iFileSize)
 {
-    RowCursor &row = byIndex(index).cursor;
+    RowCursor &row = context(site).cursor;
     // The server's size replaces the one the resolver guessed.
     ignoreFailure(
         [&] { row.setField(Field::FileSize, sizeToText(NumberText::toInt32(double(iFileSize)))); });
 }
 
-void SiteQueues::onProgress(int index, double iValue, int iBytesPerSecond, float iDownloadedBytes,
+void SiteQueues::onProgress(int site, double iValue, int iBytesPerSecond, float iDownloadedBytes,
                             float, float iRemainTimeInSeconds)
 {
-    RowCursor &row = byIndex(index).cursor;
+    RowCursor &row = context(site).cursor;
     if (iValue != -1) {
         ignoreFailure([&] { row.setField(Field::Status, NumberText::fromDouble(iValue)); });
         ignoreFailure(
@@ -333,18 +400,18 @@ void SiteQueues::onProgress(int index, double iValue, int iBytesPerSecond, float
         [&] { row.setField(Field::Speed, sizeToText(iBytesPerSecond) + QStringLiteral("/S")); });
 }
 
-void SiteQueues::onComplete(int index)
+void SiteQueues::onComplete(int site)
 {
-    SiteContext &ctx = byIndex(index);
+    SiteContext &ctx = context(site);
     ignoreFailure([&] { ctx.cursor.setField(Field::Status, StatusText::Complete); });
     clearTransferFields(ctx.cursor);
     // The next row begins inside this event.
     ignoreFailure([&] { startDownloadLinks(ctx.site, false); });
 }
 
-void SiteQueues::onError(int index, const QString &sDesc)
+void SiteQueues::onError(int site, const QString &sDesc)
 {
-    SiteContext &ctx = byIndex(index);
+    SiteContext &ctx = context(site);
     // Only the one word is kept; the description itself is not stored.
     ignoreFailure([&] {
         ctx.cursor.setField(Field::Status, sDesc == StatusText::ConnectionError
@@ -355,9 +422,9 @@ void SiteQueues::onError(int index, const QString &sDesc)
     ignoreFailure([&] { startDownloadLinks(ctx.site, false); });
 }
 
-void SiteQueues::onStopped(int index)
+void SiteQueues::onStopped(int site)
 {
-    RowCursor &row = byIndex(index).cursor;
+    RowCursor &row = context(site).cursor;
     ignoreFailure([&] {
         const QString status = row.field(Field::Status);
         const QChar first = status.isEmpty() ? QChar() : status.at(0);

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "list/downloadlist.h"
-#include "scheduling/sitetraits.h"
+#include "list/sitetable.h"
+#include "resolvers/recipesite.h"
 
 #include <QObject>
 #include <QString>
@@ -13,51 +14,10 @@ class DownloadAsynch;
 class LogicalTimer;
 class Prompts;
 class SiteQueues;
-struct SiteContext;
 
-// A site's recipe that turns the link of the row at the site's cursor into a
-// direct address and a wait. resolve() is the first step: it returns once it
-// has left the row in one of its outcomes (stopped; "Connection Error", "Not
-// Found" or "Error" followed by continueQueue(); a wait with the site's timer
-// enabled). It may pump the event queue while it waits for the network.
-class SiteResolver
-{
-public:
-    virtual ~SiteResolver() = default;
-    virtual void resolve(SiteContext &site) = 0;
-    // Called by the stop command of a site whose table entry says that the
-    // resolver holds a socket of its own, between the timer and the transfer.
-    virtual void closeConnections(SiteContext &) {}
-};
+using RecipeTable = std::array<std::unique_ptr<SiteRecipe>, Sites::Count>;
 
-using ResolverTable = std::array<std::unique_ptr<SiteResolver>, Sites::Count>;
-
-// Everything one site's queue works with. Resolvers, the countdown and the
-// transfer handlers reach the site's current row only through its cursor.
-struct SiteContext
-{
-    int site = 0;
-    const SiteTraits *traits = nullptr;
-    SiteQueues *queues = nullptr;
-    RowCursor cursor;              // the row the site works on
-    bool bStop = false;            // a stop was asked for; resolvers poll it
-    LogicalTimer *timer = nullptr; // the countdown; nullptr for a site without one
-    DownloadAsynch *downloader = nullptr;
-    bool bLinkReady = false; // set by the resolver on success, never cleared
-    int iStep = 0;           // the resolver's stage, reset by the queue where the table says
-    SiteResolver *resolver = nullptr;
-
-    // Gives the timer this logical interval and enables it.
-    void startTimer(int intervalMs);
-    // Hands the row to the transfer control: address, local path and size,
-    // Status "Connecting...". Throws when a field can't be read or written.
-    void handOff();
-    // The queue goes on with the next eligible row (a start that is no
-    // user's command).
-    void continueQueue();
-};
-
-// The one guard that all resolvers' requests share: a one-shot 50-second
+// The one guard that all recipes' requests share: a one-shot 50-second
 // timer that sets bTimeOut when it fires.
 struct RequestGuard
 {
@@ -65,27 +25,72 @@ struct RequestGuard
     bool bTimeOut = false;
 };
 
+// Everything one site's queue works with. Recipes, the countdown and the
+// transfer handlers reach the site's current row only through its cursor.
+struct SiteContext
+{
+    int site = 0;
+    const Sites::Site *info = nullptr;
+    SiteQueues *queues = nullptr;
+    RowCursor cursor;              // the row the site works on
+    bool bStop = false;            // a stop was asked for; recipes poll it
+    LogicalTimer *timer = nullptr; // the countdown; nullptr for a site without one
+    DownloadAsynch *downloader = nullptr;
+    bool bLinkReady = false; // set by the recipe on success, never cleared
+    int iStep = 0;           // the recipe's stage, reset by the queue where the table says
+    SiteRecipe *recipe = nullptr;
+
+    // The site's start or a run of its recipe is on the stack. A start asked
+    // for meanwhile is noted and run by the outermost one once it returns.
+    bool busy = false;
+    bool pendingStart = false;
+    bool pendingFromMenu = true;
+    // Rows before this index are known to be ineligible with IsDownloading
+    // "0": the last walk passed them, and no edit has touched them since.
+    int walkedPast = 0;
+
+    // Gives the timer this logical interval and enables it.
+    void startTimer(int intervalMs);
+    // The hand-off at the end of a wait: address, local path and size from
+    // the row, Status "Connecting...". Throws when a field can't be read or
+    // written.
+    void handOff();
+    void startTransfer(const QString &url, const QString &localFilePath, float size);
+    // The queue goes on with the next eligible row (a start that is no
+    // user's command).
+    void continueQueue();
+};
+
 // One queue per site over the download list. Each site works one row at a
-// time: start commands pick the first eligible row, the resolver fills it, the
+// time: start commands pick the first eligible row, the recipe fills it, the
 // site's timer counts its wait down and hands it to the site's transfer
 // control, whose outcomes are written back into the row and move the queue on.
+//
+// A queue never nests: when a run ends in a start of the same site (a failure
+// moving on to the next link), that start is run by the outermost call once
+// the run has returned, so any number of failing rows costs one stack frame.
 class SiteQueues : public QObject
 {
     Q_OBJECT
 public:
-    SiteQueues(DownloadList &list, Prompts *prompts, ResolverTable resolvers = {},
+    SiteQueues(DownloadList &list, Prompts *prompts, RecipeTable recipes = {},
                QObject *parent = nullptr);
     ~SiteQueues() override;
 
-    // Replaces a site's resolver (the queue owns it).
-    void setResolver(int site, std::unique_ptr<SiteResolver> resolver);
+    // Replaces a site's recipe (the queue owns it).
+    void setRecipe(int site, std::unique_ptr<SiteRecipe> recipe);
+    // Where the recipes put the files.
+    void setFolder(FolderSettings folder) { m_folder = std::move(folder); }
+    const FolderSettings &folder() const { return m_folder; }
 
     // A row takes part in a queue while its Status is "Waiting" or begins
     // with "Stopped".
     static bool isEligible(const QString &status);
 
     // A user's start (bFromMenu true) is refused while the site is busy; a
-    // continuation (false) comes only after the active row has ended.
+    // continuation (false) comes only after the active row has ended. A start
+    // that arrives while the site's recipe is still on the stack waits until
+    // that run has unwound.
     void startDownloadLinks(int site, bool bFromMenu);
     void stopDownloads(int site);
     void startAllDownloads();
@@ -110,19 +115,24 @@ signals:
     void queueRanOut(int site);
 
 private:
+    template <typename Body> void runExclusive(SiteContext &ctx, Body &&body);
+    void startOnce(SiteContext &ctx, bool bFromMenu);
+    bool findEligibleRow(SiteContext &ctx);
+    void runRecipe(SiteContext &ctx);
+    void forgetWalks(int site, int index);
     void onSiteTimer(int site);
     void endOfWait(SiteContext &ctx);
-    void onFileBegin(int index, float iFileSize);
-    void onProgress(int index, double iValue, int iBytesPerSecond, float iDownloadedBytes,
+    void onFileBegin(int site, float iFileSize);
+    void onProgress(int site, double iValue, int iBytesPerSecond, float iDownloadedBytes,
                     float iRemainBytes, float iRemainTimeInSeconds);
-    void onComplete(int index);
-    void onStopped(int index);
-    void onError(int index, const QString &sDesc);
-    SiteContext &byIndex(int index);
+    void onComplete(int site);
+    void onStopped(int site);
+    void onError(int site, const QString &sDesc);
 
     DownloadList &m_list;
     Prompts *m_prompts;
-    ResolverTable m_resolvers;
+    RecipeTable m_recipes;
+    FolderSettings m_folder;
     std::array<SiteContext, Sites::Count> m_sites;
     RequestGuard m_guard;
     bool bStartInProgress = false;

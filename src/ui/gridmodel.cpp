@@ -111,7 +111,10 @@ bool GridModel::setData(const QModelIndex &index, const QVariant &value, int rol
 // The user's new value of an editable cell, before it is written.
 bool GridModel::commitLinkCell(const QModelIndex &index, const QVariant &value, int role)
 {
-    const QModelIndex source = mapToSource(index);
+    // The question below runs the event queue: rows may go meanwhile, so the
+    // cell is held by a persistent index and looked at again afterwards.
+    const QPersistentModelIndex source = mapToSource(index);
+    const int column = index.column();
     // An emptied cell has no value to take.
     if (value.isNull() || (value.typeId() == QMetaType::QString && value.toString().isEmpty())) {
         if (m_prompts)
@@ -126,13 +129,15 @@ bool GridModel::commitLinkCell(const QModelIndex &index, const QVariant &value, 
                             QStringLiteral("Are you sure that you want to change the link?"),
                             Prompts::Icon::Question, Prompts::Buttons::YesNo)
                       : Prompts::Answer::No;
-        if (answer != Prompts::Answer::Yes)
+        if (answer != Prompts::Answer::Yes || !source.isValid())
             return false;
     }
-    if (role == Qt::CheckStateRole || index.column() == int(Field::CheckBox))
+    if (role == Qt::CheckStateRole || column == int(Field::CheckBox))
         return sourceModel()->setData(source, value, role);
     // The new link stands; nothing else of the row changes.
     LinkRow *row = DownloadListModel::linkRowOf(source);
+    if (!row)
+        return false;
     DownloadList *list = listModel()->list();
     return ignoreFailure([&] { list->setField(row, Field::LinkURL, value.toString()); });
 }

@@ -176,8 +176,11 @@ void MainWindow::buildTitleStrip()
     supported->setAlignment(Qt::AlignHCenter | Qt::AlignBottom);
     supported->setWordWrap(true);
     supported->setStyleSheet(QStringLiteral("color: rgb(200, 206, 214); padding-bottom: 6px;"));
-    QStringList names = Sites::siteNames();
-    names.removeAll(QStringLiteral("MediaFire"));
+    QStringList names;
+    for (const Sites::Site &site : Sites::all()) {
+        if (site.shown)
+            names << QString::fromLatin1(site.name);
+    }
     supported->setToolTip(names.join(QStringLiteral(", ")));
 }
 
@@ -309,11 +312,10 @@ void MainWindow::formatSiteRows()
 void MainWindow::hideMediaFireRow()
 {
     for (int row = 0; row < m_gridModel->rowCount(); ++row) {
-        const QModelIndex name = m_gridModel->index(row, DownloadListModel::SiteName);
-        if (name.data().toString() == QLatin1String("MediaFire")) {
+        const SiteRow *site =
+            DownloadListModel::siteRowOf(m_gridModel->mapToSource(m_gridModel->index(row, 0)));
+        if (site && Sites::isSite(site->id) && !Sites::site(site->id).shown)
             m_grid->setRowHidden(row, QModelIndex(), true);
-            return;
-        }
     }
 }
 

@@ -8,35 +8,13 @@
 
 namespace {
 
-struct SiteEntry
-{
-    int site;
-    const char *startName;
-    const char *startCaption;
-    const char *stopName;
-    const char *stopCaption;
-};
-
-// The captions spell the site names their own way, and each form stays.
-const SiteEntry kSiteEntries[] = {
-    {Sites::RapidShare, "mnuRapidshare", "Start Rapidshare", "mnuSRapidshare", "Stop Rapidshare"},
-    {Sites::Youtube, "mnuYoutube", "Start Youtube", "mnuSYoutube", "Stop Youtube"},
-    {Sites::MegaUpload, "mnuMegaUpload", "Start Megaupload", "mnuSMegaUpload", "Stop Megaupload"},
-    {Sites::FourShared, "mnu4Shared", "Start 4Shared", "mnuS4Shared", "Stop 4Shared"},
-    {Sites::MediaFire, "mnuMediaFire", "Start Mediafire", "mnuSMediaFire", "Stop Mediafire"},
-    {Sites::DepositFiles, "mnuDepositeFiles", "Start DepositeFiles", "mnuSDepositeFiles",
-     "Stop DepositeFiles"},
-    {Sites::HotFile, "mnuHotFile", "Start Hotfile", "mnuSHotFile", "Stop Hotfile"},
-    {Sites::FileFactory, "mnuFileFactory", "Start FileFactory", "mnuSFileFactory",
-     "Stop FileFactory"},
-};
-
-QAction *addEntry(QMenu *menu, const char *name, const char *caption)
+QAction *addEntry(QMenu *menu, const char *name, const char *caption, bool enabled = true)
 {
     QAction *action = menu->addAction(QString::fromLatin1(caption));
     action->setObjectName(QString::fromLatin1(name));
-    // MediaFire's entries can't be reached; their actions are wired all the same.
-    action->setEnabled(QByteArrayView(name).indexOf("MediaFire") < 0);
+    // The entries of a hidden site can't be chosen; their actions are wired
+    // all the same.
+    action->setEnabled(enabled);
     return action;
 }
 
@@ -51,10 +29,10 @@ QMenu *buildMenu(AppCore *core, QWidget *parent, bool start)
                      start ? &AppCore::startAllDownloads : &AppCore::stopAllDownloads);
     menu->addSeparator()->setObjectName(QString::fromLatin1(start ? "mnuSep" : "mnuSep2"));
 
-    for (const SiteEntry &entry : kSiteEntries) {
-        QAction *action = start ? addEntry(menu, entry.startName, entry.startCaption)
-                                : addEntry(menu, entry.stopName, entry.stopCaption);
-        const int site = entry.site;
+    for (const Sites::Site &info : Sites::all()) {
+        const Sites::MenuEntry &entry = start ? info.startEntry : info.stopEntry;
+        QAction *action = addEntry(menu, entry.name, entry.caption, info.shown);
+        const int site = info.number;
         if (start)
             QObject::connect(action, &QAction::triggered, core,
                              [core, site] { core->startSite(site); });

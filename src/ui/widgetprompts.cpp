@@ -108,3 +108,9 @@ bool WidgetPrompts::openExternal(const QString &target)
         info.exists() ? QUrl::fromLocalFile(info.absoluteFilePath()) : QUrl::fromUserInput(target);
     return url.isValid() && QDesktopServices::openUrl(url);
 }
+
+std::optional<QString> WidgetPrompts::askCaptcha(const QString &)
+{
+    // The captcha dialog comes with the site that asks for it.
+    return std::nullopt;
+}

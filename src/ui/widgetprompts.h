@@ -26,6 +26,7 @@ public:
                  int milliseconds) override;
     QString browseForFolder(const QString &title) override;
     bool openExternal(const QString &target) override;
+    std::optional<QString> askCaptcha(const QString &pictureFile) override;
 
 private:
     QPointer<QWidget> m_window;

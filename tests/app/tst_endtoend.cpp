@@ -33,14 +33,12 @@ void TestEndToEnd::handedOverLinkIsDownloaded()
     QDir().mkpath(sandbox.path("bin"));
     QVERIFY(QFile::copy(built, exe));
 
-    TestServer server;
-    QVERIFY(server.listen());
-    FakeRapidShare site(server);
+    FakeRapidShare site;
     QByteArray content;
     for (int i = 0; i < 20000; ++i)
         content += QByteArray::number(i) + ' ';
     const QString link = site.addFile("4711", "holiday.zip", content, 1);
-    const QString hostEntry = QString("rapidshare=127.0.0.1:%1").arg(server.port());
+    const QString hostEntry = "rapidshare=" + site.hostPort();
 
     // The user's choices: a download folder of its own, start after a hand-over.
     const QString downloads = sandbox.path("downloads");
@@ -76,7 +74,7 @@ void TestEndToEnd::handedOverLinkIsDownloaded()
 
     // The page, the form post and the file, in that order.
     QStringList paths;
-    for (const TestServer::Request &r : server.requests())
+    for (const TestServer::Request &r : site.server().requests())
         paths << QString::fromLatin1(r.method + ' ' + r.pathOnly());
     QCOMPARE(paths, QStringList({"GET /files/4711/holiday.zip.html", "POST /post/4711/holiday.zip",
                                  "GET /file/4711/holiday.zip"}));

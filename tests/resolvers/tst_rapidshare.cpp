@@ -1,91 +1,30 @@
-#include "fakeprompts.h"
+#include "failurematrix.h"
 #include "fakerapidshare.h"
-#include "list/downloadlist.h"
-#include "list/sitetable.h"
+#include "recipeharness.h"
 #include "resolvers/rapidshare.h"
 #include "sandbox.h"
-#include "scheduling/sitequeues.h"
 #include "system/logicaltimer.h"
-#include "testserver.h"
 
-#include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTimer>
 #include <QtTest>
 
-#include <memory>
-
 namespace {
 
-// Stands for the queue's next start: counts the calls and leaves the row.
-class NextLink : public SiteResolver
+constexpr int kSite = Sites::RapidShare;
+
+QString text(const QByteArray &page)
 {
-public:
-    void resolve(SiteContext &) override { ++calls; }
-    int calls = 0;
-};
-
-// The list, the real queues and RapidShare resolvers for the sites a test
-// names, writing into a folder of the test's own.
-struct Harness
-{
-    explicit Harness(const QString &folder, QList<int> sites = {Sites::RapidShare}) : dir(folder)
-    {
-        list.open();
-        queues = std::make_unique<SiteQueues>(list, &prompts);
-        for (int site : sites)
-            queues->setResolver(site, std::make_unique<RapidShareResolver>(settings()));
-        QObject::connect(&list, &DownloadList::fieldChanged, [this](int site, int index, Field f) {
-            if (f == Field::Status)
-                history[site].append(QStringLiteral("%1:%2").arg(index).arg(
-                    list.childAt(site, index)->values[int(Field::Status)]));
-        });
-    }
-
-    FolderSettings settings()
-    {
-        return FolderSettings{[this] { return dir; }, [this] { return createSubDir; }};
-    }
-
-    LinkRow *add(const QString &link, int site = Sites::RapidShare)
-    {
-        if (!list.addLinkToList(link, site, &prompts))
-            return nullptr;
-        return list.childAt(site, list.childCount(site) - 1);
-    }
-
-    static QString get(const LinkRow *row, Field f) { return row->values[int(f)]; }
-
-    FakePrompts prompts;
-    DownloadList list;
-    std::unique_ptr<SiteQueues> queues;
-    QString dir;
-    int createSubDir = 1;
-    QHash<int, QStringList> history;
-};
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QByteArray("<missing>");
-    return file.readAll();
+    return QString::fromUtf8(page);
 }
 
-// What a page of the post leaves in the row. A wait of seconds starts the
-// countdown at 1000, a wait of minutes at 60000; "Error" and "Not Found" go on
-// to the next link.
-struct Parsed
+// The two requests of the recipe, for the first of the links below.
+QList<FailureMatrix::Step> steps()
 {
-    QString page;
-    QString link = QStringLiteral("http://rs.test/files/77/report.pdf.html");
-    int createSubDir = 1;
-    QString status, wait, directUrl = QStringLiteral("old");
-    QString localFile = QStringLiteral("report.pdf");
-    QString localFilePath = QStringLiteral("/dl/RapidShare Files");
-    QString fileSize = QStringLiteral("?"), errorDesc = QStringLiteral("old");
-};
+    return {{"page", FakeRapidShare::firstPath("2001", "bad.bin")},
+            {"post", FakeRapidShare::postPath("2001", "bad.bin")}};
+}
+
 
 } // namespace
 
@@ -95,41 +34,32 @@ class TestRapidShare : public QObject
 private slots:
 
     void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
-
-    void init()
-    {
-        LogicalTimer::clearRealPeriods();
-        // Countdowns of a few milliseconds; the time-out and the minute timers
-        // (the site's and the transfer's silence timer) far away.
-        LogicalTimer::setRealPeriod(1000, 5);
-        LogicalTimer::setRealPeriod(50000, 20000);
-        LogicalTimer::setRealPeriod(60000, 3600000);
-    }
+    // Countdowns of a few milliseconds; the time-out and the minute timers
+    // (the site's and the transfer's silence timer) far away.
+    void init() { RecipeHarness::setPeriods(5, 20000); }
 
     // ---- Reading the pages ----
 
     void firstPage_data()
     {
-        using Kind = RapidShareResolver::FirstPage::Kind;
+        using Kind = RapidShareRecipe::FirstPage::Kind;
         QTest::addColumn<QString>("page");
         QTest::addColumn<int>("kind"); // -1: a run-time failure
         QTest::addColumn<QString>("address");
 
         const QString a = QStringLiteral("http://127.0.0.1:9/post/1/a");
-        QTest::newRow("site's page")
-            << QString::fromUtf8(FakeRapidShare::filePage(a, "a")) << int(Kind::Form) << a;
+        QTest::newRow("site's page") << text(FakeRapidShare::filePage(a, "a")) << int(Kind::Form)
+                                     << a;
         QTest::newRow("any case") << "<FORM ID=\"FF\" ACTION=\"http://h/p\" METHOD=\"POST\">"
                                   << int(Kind::Form) << "http://h/p";
         QTest::newRow("gone, two blanks")
-            << "<p>The file could not be found.  Please check the download link.</p>"
-               "<form id=\"ff\" action=\"x\" method=\"post\">"
+            << text(FakeRapidShare::goneFirstPage()) + "<form id=\"ff\" action=\"x\" method=\"p\">"
             << int(Kind::FileGone) << "";
         QTest::newRow("one blank is no gone file")
             << "<p>The file could not be found. Please check the download link.</p>"
                "<form id=\"ff\" action=\"http://h/p\" method=\"post\">"
             << int(Kind::Form) << "http://h/p";
-        QTest::newRow("no form") << QString::fromUtf8(FakeRapidShare::noFormPage())
-                                 << int(Kind::NoForm) << "";
+        QTest::newRow("no form") << text(FakeRapidShare::noFormPage()) << int(Kind::NoForm) << "";
         QTest::newRow("other form")
             << "<form id=\"gg\" action=\"x\" method=\"post\">" << int(Kind::NoForm) << "";
         QTest::newRow("no action") << "<form id=\"ff\" method=\"post\">" << int(Kind::NoForm) << "";
@@ -153,169 +83,84 @@ private slots:
         QFETCH(int, kind);
         QFETCH(QString, address);
         if (kind < 0) {
-            QVERIFY_THROWS_EXCEPTION(RuntimeFailure, RapidShareResolver::readFirstPage(page));
+            QVERIFY_THROWS_EXCEPTION(RuntimeFailure, RapidShareRecipe::readFirstPage(page));
             return;
         }
-        const auto first = RapidShareResolver::readFirstPage(page);
+        const auto first = RapidShareRecipe::readFirstPage(page);
         QCOMPARE(int(first.kind), kind);
         QCOMPARE(first.formAddress, address);
     }
 
-    void parsePage_data()
+    void downloadPage_data()
     {
-        QTest::addColumn<QStringList>("row"); // the fields of Parsed in their order
-        auto row = [](const char *name, const Parsed &p) {
-            QTest::newRow(name) << QStringList{
-                p.page,      p.link,          QString::number(p.createSubDir),
-                p.status,    p.wait,          p.directUrl,
-                p.localFile, p.localFilePath, p.fileSize,
-                p.errorDesc};
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QString>("reading");
+        const QString link = QStringLiteral("http://rs.test/files/77/report.pdf.html");
+        auto row = [&](const char *name, const QString &page, const char *reading,
+                       const QString &rowLink = QString()) {
+            QTest::newRow(name) << page << (rowLink.isNull() ? link : rowLink) << QString(reading);
         };
+        // The folder is "/dl" throughout; the wait and "ready" end every
+        // resolved reading.
         const QString dl = QStringLiteral("http://rs.test/file/77/report.pdf");
-        const QString page =
-            QString::fromUtf8(FakeRapidShare::downloadPage(dl, 3, "123", "report.pdf"));
-        const QString gone = QString::fromUtf8(FakeRapidShare::goneErrorPage());
-        auto minutes = [](const char *text) {
-            return QString::fromUtf8(FakeRapidShare::minutesErrorPage(text));
-        };
-
-        row("site's page", {.page = page,
-                            .status = "Wait 3 Seconds",
-                            .wait = "3",
-                            .directUrl = dl,
-                            .fileSize = "123 KB"});
-        row("shared folder", {.page = page,
-                              .createSubDir = 0,
-                              .status = "Wait 3 Seconds",
-                              .wait = "3",
-                              .directUrl = dl,
-                              .localFilePath = "/dl",
-                              .fileSize = "123 KB"});
-        row("no wait on the page", {.page = "<form name=\"dlf\" action=\"http://h/f\">",
-                                    .status = "Wait 0 Seconds",
-                                    .wait = "0",
-                                    .directUrl = "http://h/f"});
-        row("no download form keeps the address",
-            {.page = "var c=12;", .status = "Wait 12 Seconds", .wait = "12"});
-        row("form without closing quote keeps the address",
-            {.page = "var c=1;<form name=\"dlf\" action=\"http://h/f",
-             .status = "Wait 1 Seconds",
-             .wait = "1"});
-        row("any case in the markers",
-            {.page = "VAR C=4;<FORM NAME=\"DLF\" ACTION=\"http://h/F\">>|2 kb<",
-             .status = "Wait 4 Seconds",
-             .wait = "4",
-             .directUrl = "http://h/F",
-             .fileSize = "2 KB"});
-        row("size with decimals",
-            {.page = ">|1.5 KB<", .status = "Wait 0 Seconds", .wait = "0", .fileSize = "1.5 KB"});
-        row("size no number", {.page = ">|abc KB<", .status = "Wait 0 Seconds", .wait = "0"});
-        row("size too large for 32 bits",
-            {.page = ">|3000000 KB<", .status = "Error", .wait = "0", .localFilePath = ""});
-        row("gone", {.page = gone,
-                     .status = "Not Found",
-                     .wait = "0",
-                     .localFile = "?",
-                     .localFilePath = "",
-                     .errorDesc = "The file could not be found, It may be deleted by the owner or "
-                                  "expired."});
-        row("minutes after a blank: always 5", {.page = minutes("3 "),
-                                                .status = "Wait 5 Minutes",
-                                                .wait = "300",
-                                                .localFile = "?",
-                                                .localFilePath = ""});
-        row("number glued to minutes", {.page = minutes("12"),
-                                        .status = "Wait  12 Minutes",
-                                        .wait = "720",
-                                        .localFile = "?",
-                                        .localFilePath = ""});
-        row("word glued to minutes", {.page = "<h1>Error</h1> wait xminutes",
-                                      .status = "Wait 5 Minutes",
-                                      .wait = "300",
-                                      .localFile = "?",
-                                      .localFilePath = ""});
-        row("minutes without a blank before it reads on",
-            {.page = "<h1>Error</h1>5minutes var c=2;", .status = "Wait 2 Seconds", .wait = "2"});
-        row("error heading alone reads on", {.page = "<h1>ERROR</h1><p>Something else.</p>",
-                                             .status = "Wait 0 Seconds",
-                                             .wait = "0"});
-        row("minutes at the very start fails", {.page = "minutes <h1>Error</h1>",
-                                                .status = "Error",
-                                                .wait = "0",
-                                                .localFile = "?",
-                                                .localFilePath = ""});
-        row("link ending in a slash", {.page = "var c=1;",
-                                       .link = "http://rs.test/files/77/",
-                                       .status = "Wait 1 Seconds",
-                                       .wait = "1",
-                                       .localFile = ""});
-        row(".html taken out in any case", {.page = "var c=1;",
-                                            .link = "http://rs.test/a.HTML.b.html",
-                                            .status = "Wait 1 Seconds",
-                                            .wait = "1",
-                                            .localFile = "a.b"});
-        row("name cleaned", {.page = "var c=1;",
-                             .link = "http://rs.test/x/ a:b*c?.zip",
-                             .status = "Wait 1 Seconds",
-                             .wait = "1",
-                             .localFile = "abc.zip"});
+        row("site's page", text(FakeRapidShare::downloadPage(dl, 3, "123", "report.pdf")),
+            "DirectURL=http://rs.test/file/77/report.pdf; LocalFile=report.pdf; FileSize=?; "
+            "FileSize=123 KB; LocalFilePath=/dl; Status=Waiting; Status=Wait 3 Seconds; "
+            "WaitTimeInSec=3; ready => countdown 1000");
+        row("no wait, any case in the markers",
+            "<FORM NAME=\"DLF\" ACTION=\"http://h/F\">>|1.5 kb<",
+            "DirectURL=http://h/F; LocalFile=report.pdf; FileSize=?; FileSize=1.5 KB; "
+            "LocalFilePath=/dl; Status=Waiting; Status=Wait 0 Seconds; WaitTimeInSec=0; ready "
+            "=> countdown 1000");
+        row("no form, no closing quote, size no number",
+            "var c=12;<form name=\"dlf\" action=\"http://h/f >|abc KB<",
+            "LocalFile=report.pdf; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 12 "
+            "Seconds; WaitTimeInSec=12; ready => countdown 1000");
+        row("size too large for 32 bits fails with what was read", ">|3000000 KB<",
+            "LocalFile=report.pdf; FileSize=?; Status=Error; WaitTimeInSec=0 => next link");
+        row("gone", text(FakeRapidShare::goneErrorPage()),
+            "Status=Not Found; WaitTimeInSec=0; ErrorDesc=The file could not be found, It may be "
+            "deleted by the owner or expired. => next link");
+        row("minutes after a blank: always 5", text(FakeRapidShare::minutesErrorPage("3 ")),
+            "Status=Wait 5 Minutes; WaitTimeInSec=300 => countdown 60000");
+        row("number glued to minutes", text(FakeRapidShare::minutesErrorPage("12")),
+            "Status=Wait  12 Minutes; WaitTimeInSec=720 => countdown 60000");
+        row("word glued to minutes", "<h1>Error</h1> wait xminutes",
+            "Status=Wait 5 Minutes; WaitTimeInSec=300 => countdown 60000");
+        row("minutes without a blank before reads on", "<h1>Error</h1>5minutes var c=2;",
+            "LocalFile=report.pdf; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 2 "
+            "Seconds; WaitTimeInSec=2; ready => countdown 1000");
+        row("minutes at the very start fails", "minutes <h1>Error</h1>",
+            "Status=Error; WaitTimeInSec=0 => next link");
+        row("link ending in a slash", "var c=1;",
+            "LocalFile=; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 1 Seconds; "
+            "WaitTimeInSec=1; ready => countdown 1000",
+            "http://rs.test/files/77/");
+        row(".html taken out in any case, name cleaned", "var c=1;",
+            "LocalFile=a b.c.zip; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 1 "
+            "Seconds; WaitTimeInSec=1; ready => countdown 1000",
+            "http://rs.test/x/a:*.HTML b.c?.html.zip");
     }
 
-    void parsePage()
+    void downloadPage()
     {
-        QFETCH(QStringList, row);
-        const QString status = row.at(3);
-        const bool seconds = status.endsWith(QLatin1String(" Seconds"));
-        const bool minutes = status.endsWith(QLatin1String(" Minutes"));
-
-        LogicalTimer::setRealPeriod(1000, 3600000);
-        Harness h(QStringLiteral("/dl"), {});
-        h.createSubDir = row.at(2).toInt();
-        auto next = std::make_unique<NextLink>();
-        NextLink *nextLinkCalls = next.get();
-        h.queues->setResolver(Sites::RapidShare, std::move(next));
-        RapidShareResolver resolver(h.settings());
-
-        LinkRow *link = h.add(row.at(1));
-        h.add(QStringLiteral("http://rs.test/files/78/next.zip.html"));
-        for (Field f : {Field::DirectURL, Field::ErrorDesc})
-            h.list.setField(link, f, QStringLiteral("old"));
-        h.list.setField(link, Field::Status, QStringLiteral("Starting..."));
-        h.list.setField(link, Field::IsDownloading, QStringLiteral("1"));
-        SiteContext &site = h.queues->context(Sites::RapidShare);
-        site.cursor = h.list.getSiteRecords(Sites::RapidShare);
-
-        resolver.parseRapidSharePage(site, row.at(0));
-
-        QStringList written;
-        for (Field f : {Field::Status, Field::WaitTimeInSec, Field::DirectURL, Field::LocalFile,
-                        Field::LocalFilePath, Field::FileSize, Field::ErrorDesc})
-            written << Harness::get(link, f);
-        QCOMPARE(written, row.mid(3));
-        QCOMPARE(site.timer->isEnabled(), seconds || minutes);
-        if (seconds || minutes)
-            QCOMPARE(site.timer->interval(), seconds ? 1000 : 60000);
-        // Only a page that reached the countdown of seconds makes the link ready.
-        QCOMPARE(site.bLinkReady, seconds);
-        QCOMPARE(nextLinkCalls->calls, seconds || minutes ? 0 : 1);
+        QFETCH(QString, page);
+        QFETCH(QString, link);
+        QFETCH(QString, reading);
+        QCOMPARE(RapidShareRecipe::readDownloadPage(page, link, "/dl").toString(), reading);
     }
 
     void randomName()
     {
-        LogicalTimer::setRealPeriod(1000, 3600000);
-        Harness h(QStringLiteral("/dl"), {});
-        RapidShareResolver resolver(h.settings());
-        SiteContext &site = h.queues->context(Sites::RapidShare);
         QSet<QString> names;
-        static const QRegularExpression form(QStringLiteral("^Rapid ([0-9]{1,4})$"));
+        static const QRegularExpression form(QStringLiteral("^LocalFile=Rapid ([0-9]{1,4});"));
         for (int i = 0; i < 20; ++i) {
-            LinkRow *row = h.add(QStringLiteral("nolinkslash%1").arg(i));
-            site.cursor = h.list.getSiteRecords(Sites::RapidShare);
-            site.cursor.moveLast();
-            resolver.parseRapidSharePage(site, QStringLiteral("var c=1;"));
-            const QString name = Harness::get(row, Field::LocalFile);
-            QVERIFY2(form.match(name).hasMatch(), qPrintable(name));
-            names.insert(name);
+            const QString reading =
+                RapidShareRecipe::readDownloadPage("var c=1;", "nolinkslash", "/dl").toString();
+            const auto match = form.match(reading);
+            QVERIFY2(match.hasMatch(), qPrintable(reading));
+            names.insert(match.captured(1));
         }
         QVERIFY(names.size() > 1);
     }
@@ -324,246 +169,145 @@ private slots:
 
     void linkToComplete()
     {
-        TestServer server;
-        QVERIFY(server.listen());
-        FakeRapidShare site(server);
+        FakeRapidShare site;
         const QByteArray first(3000, 'a');
-        const QByteArray second = "second file";
-        Harness h(folder("complete"));
-        LinkRow *a = h.add(site.addFile("1001", "report.pdf", first, 2));
-        LinkRow *b = h.add(site.addFile("1002", "notes.txt", second, 1));
+        RecipeHarness h({kSite});
+        h.createSubDir = 1;
+        h.add(kSite, site.addFile("1001", "report.pdf", first, 2));
+        h.add(kSite, site.addFile("1002", "notes.txt", "second file", 1));
 
-        h.queues->startDownloadLinks(Sites::RapidShare, true);
-        QTRY_COMPARE(Harness::get(b, Field::Status), QStringLiteral("Complete"));
-        QCOMPARE(Harness::get(a, Field::Status), QStringLiteral("Complete"));
+        h.queues->startDownloadLinks(kSite, true);
+        QTRY_COMPARE(h.statuses(kSite), (QStringList{"Complete", "Complete"}));
+        const QString dir = h.folder() + QStringLiteral("/RapidShare Files");
+        QCOMPARE(h.fields(kSite, 0,
+                          {Field::LocalFilePath, Field::LocalFile, Field::DirectURL,
+                           Field::FileSize, Field::IsDownloading}),
+                 dir + "|report.pdf|" + site.url(FakeRapidShare::filePath("1001", "report.pdf")) +
+                     "|2.93 KB|0");
+        QCOMPARE(h.fileIn("RapidShare Files/report.pdf"), first);
+        QCOMPARE(h.fileIn("RapidShare Files/notes.txt"), QByteArray("second file"));
+        QCOMPARE(h.history(kSite, 0),
+                 (QStringList{"Waiting", "Starting...", "Waiting", "Wait 2 Seconds",
+                              "Wait 1 Seconds", "Connecting...", "Complete"}));
 
-        const QString dir = h.dir + QStringLiteral("/RapidShare Files");
-        QCOMPARE(Harness::get(a, Field::LocalFilePath), dir);
-        QCOMPARE(Harness::get(a, Field::LocalFile), QStringLiteral("report.pdf"));
-        QCOMPARE(Harness::get(a, Field::DirectURL),
-                 site.url(FakeRapidShare::filePath("1001", "report.pdf")));
-        QCOMPARE(readFile(dir + QStringLiteral("/report.pdf")), first);
-        QCOMPARE(readFile(dir + QStringLiteral("/notes.txt")), second);
-        QCOMPARE(Harness::get(a, Field::IsDownloading), QStringLiteral("0"));
-
-        // The countdown of the first row, then the second row began.
-        const QStringList hist = h.history.value(Sites::RapidShare);
-        const QStringList expectedStart{"0:Starting...", "0:Waiting", "0:Wait 2 Seconds",
-                                        "0:Wait 1 Seconds", "0:Connecting..."};
-        QCOMPARE(hist.mid(0, expectedStart.size()), expectedStart);
-        QVERIFY(hist.indexOf("0:Complete") < hist.indexOf("1:Starting..."));
-
-        // Page, post, file for each link; the post as a form carries the
-        // session cookie of the link's page.
-        const QList<TestServer::Request> requests = server.requests();
-        QCOMPARE(requests.size(), 6);
-        QCOMPARE(requests.at(0).path, FakeRapidShare::firstPath("1001", "report.pdf"));
-        QCOMPARE(requests.at(0).method, QByteArray("GET"));
-        const TestServer::Request post = requests.at(1);
-        QCOMPARE(post.method, QByteArray("POST"));
-        QCOMPARE(post.path, FakeRapidShare::postPath("1001", "report.pdf"));
-        QCOMPARE(post.body, QByteArray("dl.start=Free"));
-        QCOMPARE(post.header("Content-type"), QByteArray("application/x-www-form-urlencoded"));
-        QCOMPARE(post.header("Content-length"), QByteArray("13"));
-        QVERIFY(post.header("Cookie").contains("enc=1001"));
-        QCOMPARE(requests.at(2).path, FakeRapidShare::filePath("1001", "report.pdf"));
-        QCOMPARE(requests.at(3).path, FakeRapidShare::firstPath("1002", "notes.txt"));
-        QCOMPARE(h.queues->isDownloading(Sites::RapidShare), false);
+        // Page, post, file for each link; the post carries the session cookie
+        // of the link's page, which the fake site asks for.
+        const QList<TestServer::Request> requests = site.server().requests();
+        QByteArrayList order;
+        for (const auto &r : requests)
+            order << r.method + ' ' + r.path;
+        QCOMPARE(order, (QByteArrayList{"GET /files/1001/report.pdf.html", "POST /post/1001/report.pdf",
+                                        "GET /file/1001/report.pdf", "GET /files/1002/notes.txt.html",
+                                        "POST /post/1002/notes.txt", "GET /file/1002/notes.txt"}));
+        QCOMPARE(requests.at(1).body, QByteArray("dl.start=Free"));
+        QCOMPARE(requests.at(1).header("Content-length"), QByteArray("13"));
     }
 
-    void failures_data()
-    {
-        QTest::addColumn<int>("step");          // 0: the link's page, 1: the post
-        QTest::addColumn<QByteArray>("answer"); // a page, "status:<code>", "closed" or "silent"
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<QString>("wait");
-        QTest::addColumn<QString>("errorDesc");
-        QTest::addColumn<bool>("nextLink");
-        auto row = [](const char *name, int step, const QByteArray &answer, const char *status,
-                      const char *wait, const char *errorDesc, bool nextLink) {
-            QTest::newRow(name) << step << answer << QString(status) << QString(wait)
-                                << QString(errorDesc) << nextLink;
-        };
-
-        row("status 404 of the page", 0, "status:404", "Connection Error", "0", "", true);
-        row("page of a gone file", 0, FakeRapidShare::goneFirstPage(), "Not Found", "0", "", true);
-        row("page without the form", 0, FakeRapidShare::noFormPage(), "Connection Error", "0", "",
-            true);
-        row("page closed unanswered", 0, "closed", "Connection Error", "0", "", true);
-        row("status 500 of the post", 1, "status:500", "Connection Error", "0", "", true);
-        row("post: file gone", 1, FakeRapidShare::goneErrorPage(), "Not Found", "0",
-            "The file could not be found, It may be deleted by the owner or expired.", true);
-        row("post: page failing to parse", 1, "minutes <h1>Error</h1>", "Error", "0", "", true);
-        row("post: wait minutes", 1, FakeRapidShare::minutesErrorPage("3 "), "Wait 5 Minutes",
-            "300", "", false);
-        // The shared time-out ends a post that is never answered.
-        row("post unanswered", 1, "silent", "Connection Error", "0", "", true);
-    }
-
+    // The frame's failures at each request.
+    void failures_data() { FailureMatrix::addRows(steps()); }
     void failures()
     {
+        FakeRapidShare fake;
+        FailureMatrix::run(kSite, steps(), fake,
+                           {fake.addFile("2001", "bad.bin", "never"),
+                            fake.addFile("2002", "good.bin", "good")});
+    }
+
+    // What the pages themselves can say.
+    void pageOutcomes_data()
+    {
+        QTest::addColumn<int>("step"); // 0: the link's page, 1: the post
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("row"); // Status|WaitTimeInSec|ErrorDesc
+        QTest::addColumn<bool>("nextLink");
+        auto row = [](const char *name, int step, const QByteArray &page, const char *fields,
+                      bool next) { QTest::newRow(name) << step << text(page) << QString(fields) << next; };
+        row("page of a gone file", 0, FakeRapidShare::goneFirstPage(), "Not Found|0|", true);
+        row("page without the form", 0, FakeRapidShare::noFormPage(), "Connection Error|0|", true);
+        row("post: file gone", 1, FakeRapidShare::goneErrorPage(),
+            "Not Found|0|The file could not be found, It may be deleted by the owner or expired.",
+            true);
+        row("post: page failing to parse", 1, "minutes <h1>Error</h1>", "Error|0|", true);
+        row("post: wait minutes", 1, FakeRapidShare::minutesErrorPage("3 "), "Wait 5 Minutes|300|",
+            false);
+    }
+
+    void pageOutcomes()
+    {
         QFETCH(int, step);
-        QFETCH(QByteArray, answer);
-        QFETCH(QString, status);
-        QFETCH(QString, wait);
-        QFETCH(QString, errorDesc);
+        QFETCH(QString, page);
+        QFETCH(QString, row);
         QFETCH(bool, nextLink);
-        if (answer == "silent")
-            LogicalTimer::setRealPeriod(50000, 200);
+        FakeRapidShare site;
+        RecipeHarness h({kSite});
+        h.add(kSite, site.addFile("2001", "bad.bin", "never"));
+        h.add(kSite, site.addFile("2002", "good.bin", "good"));
+        site.page(step == 0 ? FakeRapidShare::firstPath("2001", "bad.bin")
+                            : FakeRapidShare::postPath("2001", "bad.bin"),
+                  page);
 
-        TestServer server;
-        QVERIFY(server.listen());
-        FakeRapidShare site(server);
-        Harness h(folder("failures"));
-        LinkRow *a = h.add(site.addFile("2001", "bad.bin", "never"));
-        LinkRow *b = h.add(site.addFile("2002", "good.bin", "good"));
-
-        const QByteArray path = step == 0 ? FakeRapidShare::firstPath("2001", "bad.bin")
-                                          : FakeRapidShare::postPath("2001", "bad.bin");
-        if (answer.startsWith("status:"))
-            server.setAnswer(path, TestServer::Answer::status(answer.mid(7).toInt(), "Failed"));
-        else if (answer == "closed")
-            server.setAnswer(path, TestServer::Answer::raw(QByteArray()));
-        else if (answer == "silent")
-            server.setAnswer(path, TestServer::Answer::silence());
-        else
-            server.setAnswer(path, FakeRapidShare::html(answer));
-
-        h.queues->startDownloadLinks(Sites::RapidShare, true);
+        h.queues->startDownloadLinks(kSite, true);
         if (nextLink)
-            QTRY_COMPARE(Harness::get(b, Field::Status), QStringLiteral("Complete"));
-        QCOMPARE(Harness::get(a, Field::Status), status);
-        QCOMPARE(Harness::get(a, Field::WaitTimeInSec), wait);
-        QCOMPARE(Harness::get(a, Field::ErrorDesc), errorDesc);
-        if (!nextLink) {
-            QTest::qWait(100);
-            QCOMPARE(Harness::get(b, Field::Status), QStringLiteral("Waiting"));
-            QCOMPARE(Harness::get(a, Field::Status), status);
-            QCOMPARE(h.queues->siteTimer(Sites::RapidShare)->isEnabled(), true);
-        }
-        QVERIFY(!QFile::exists(h.dir + QStringLiteral("/RapidShare Files/bad.bin")));
+            QTRY_COMPARE(h.at(kSite, 1), QStringLiteral("Complete"));
+        else
+            QTest::qWait(50);
+        QCOMPARE(h.fields(kSite, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc}), row);
+        QCOMPARE(h.at(kSite, 1), nextLink ? QStringLiteral("Complete") : QStringLiteral("Waiting"));
+        QCOMPARE(h.context(kSite).timer->isEnabled(), !nextLink);
     }
 
-    void stopDuringRequest_data()
+    void longWaitFetchesAgainUntilALinkWasReady()
     {
-        QTest::addColumn<QByteArray>("method");
-        QTest::newRow("during the GET") << QByteArray("GET");
-        QTest::newRow("during the POST") << QByteArray("POST");
-    }
-
-    void stopDuringRequest()
-    {
-        QFETCH(QByteArray, method);
-        TestServer server;
-        QVERIFY(server.listen());
-        FakeRapidShare site(server);
-        Harness h(folder("stop"));
-        LinkRow *a = h.add(site.addFile("3001", "held.bin", "never"));
-        LinkRow *b = h.add(site.addFile("3002", "next.bin", "next"));
-        const QByteArray path = method == "GET" ? FakeRapidShare::firstPath("3001", "held.bin")
-                                                : FakeRapidShare::postPath("3001", "held.bin");
-        server.setAnswer(path, TestServer::Answer::silence());
-        QObject::connect(
-            &server, &TestServer::requestReceived, &server, [&](const TestServer::Request &r) {
-                if (r.path == path)
-                    QTimer::singleShot(30, [&] { h.queues->stopDownloads(Sites::RapidShare); });
-            });
-
-        h.queues->startDownloadLinks(Sites::RapidShare, true);
-        // The start returns once the poll has seen the stop.
-        QCOMPARE(Harness::get(a, Field::Status), QStringLiteral("Stopped"));
-        QCOMPARE(Harness::get(a, Field::WaitTimeInSec), QStringLiteral("0"));
-        QTest::qWait(100);
-        QCOMPARE(Harness::get(a, Field::Status), QStringLiteral("Stopped"));
-        QCOMPARE(Harness::get(b, Field::Status), QStringLiteral("Waiting"));
-        QCOMPARE(h.queues->siteTimer(Sites::RapidShare)->isEnabled(), false);
-        QCOMPARE(server.requests().last().method, method);
-    }
-
-    void longWaitFetchesAgain()
-    {
-        // The site asks for minutes; the countdown runs a minute per tick and
-        // then the link is fetched again, as no link was ready before.
-        LogicalTimer::setRealPeriod(60000, 20);
-        TestServer server;
-        QVERIFY(server.listen());
-        FakeRapidShare site(server);
-        Harness h(folder("minutes"));
-        h.createSubDir = 0;
-        LinkRow *a = h.add(site.addFile("5001", "later.bin", "at last"));
+        // The site asks for minutes; the countdown runs a minute per tick (the
+        // test ticks it) and then the link is fetched again, as no link was
+        // ready before.
+        FakeRapidShare site;
+        RecipeHarness h({kSite});
+        h.add(kSite, site.addFile("5001", "later.bin", "at last"));
+        h.add(kSite, site.addFile("5002", "third.bin", "third"));
+        h.add(kSite, site.addFile("5003", "fourth.bin", "fourth"));
         const QByteArray post = FakeRapidShare::postPath("5001", "later.bin");
         const QString direct = site.url(FakeRapidShare::filePath("5001", "later.bin"));
-        server.setAnswers(post, {FakeRapidShare::html(FakeRapidShare::minutesErrorPage("3 ")),
-                                 FakeRapidShare::html(
-                                     FakeRapidShare::downloadPage(direct, 1, "1", "later.bin"))});
-        // Once fetched again, the minute timers go back to their real length so
-        // the transfer's silence timer stays out of the way.
-        int gets = 0;
-        QObject::connect(&server, &TestServer::requestReceived, &server,
-                         [&](const TestServer::Request &r) {
-                             if (r.method == "GET" && r.path.startsWith("/files/") && ++gets == 2)
-                                 LogicalTimer::setRealPeriod(60000, 3600000);
-                         });
+        site.server().setAnswers(
+            post, {FakeSite::html(text(FakeRapidShare::minutesErrorPage("3 "))),
+                   FakeSite::html(text(FakeRapidShare::downloadPage(direct, 1, "1", "later.bin")))});
+        // Once the link has been ready, a row whose minutes run out goes
+        // straight to the transfer with the address it has; here none, so it
+        // ends there.
+        site.page(FakeRapidShare::postPath("5002", "third.bin"),
+                  text(FakeRapidShare::minutesErrorPage("3 ")));
 
-        h.queues->startDownloadLinks(Sites::RapidShare, true);
-        QCOMPARE(Harness::get(a, Field::Status), QStringLiteral("Wait 5 Minutes"));
-        QTRY_COMPARE(Harness::get(a, Field::Status), QStringLiteral("Complete"));
-        QCOMPARE(gets, 2);
-        const QStringList hist = h.history.value(Sites::RapidShare);
-        const QStringList minutes{"0:Wait 5 Minutes", "0:Wait 4 Minutes", "0:Wait 3 Minutes",
-                                  "0:Wait 2 Minutes", "0:Wait 1 Minutes", "0:Waiting",
-                                  "0:Wait 1 Seconds", "0:Connecting..."};
-        const qsizetype at = hist.indexOf("0:Wait 5 Minutes");
-        QVERIFY(at >= 0);
-        QCOMPARE(hist.mid(at, minutes.size()), minutes);
-        QCOMPARE(readFile(h.dir + QStringLiteral("/later.bin")), QByteArray("at last"));
-    }
-
-    void readyLinkSkipsTheResolver()
-    {
-        // Once a link has been ready, a row whose minutes run out goes straight
-        // to the transfer with the address it has; here none, so it fails there.
-        TestServer server;
-        QVERIFY(server.listen());
-        FakeRapidShare site(server);
-        Harness h(folder("ready"));
-        LinkRow *a = h.add(site.addFile("6001", "first.bin", "first"));
-        LinkRow *b = h.add(site.addFile("6002", "second.bin", "second"));
-        LinkRow *c = h.add(site.addFile("6003", "third.bin", "third"));
-        server.setAnswer(FakeRapidShare::postPath("6002", "second.bin"),
-                         FakeRapidShare::html(FakeRapidShare::minutesErrorPage("3 ")));
-        h.queues->startDownloadLinks(Sites::RapidShare, true);
-        QTRY_COMPARE(Harness::get(b, Field::Status), QStringLiteral("Wait 5 Minutes"));
-        QCOMPARE(Harness::get(a, Field::Status), QStringLiteral("Complete"));
-
-        LogicalTimer *timer = h.queues->siteTimer(Sites::RapidShare);
-        LogicalTimer::setRealPeriod(60000, 10);
-        timer->setEnabled(false);
-        timer->setEnabled(true);
-        QTRY_COMPARE(Harness::get(c, Field::Status), QStringLiteral("Complete"));
-        LogicalTimer::setRealPeriod(60000, 3600000);
-        QCOMPARE(Harness::get(b, Field::Status), QStringLiteral("Error"));
-        int secondPages = 0;
-        for (const auto &r : server.requests())
-            secondPages += r.path == FakeRapidShare::firstPath("6002", "second.bin") ? 1 : 0;
-        QCOMPARE(secondPages, 1);
+        LogicalTimer *timer = h.queues->siteTimer(kSite);
+        auto minutesPass = [&](int row) {
+            QTRY_COMPARE(h.at(kSite, row), QStringLiteral("Wait 5 Minutes"));
+            for (int tick = 0; tick < 5; ++tick)
+                emit timer->timeout();
+        };
+        h.queues->startDownloadLinks(kSite, true);
+        minutesPass(0);
+        minutesPass(1);
+        QTRY_COMPARE(h.statuses(kSite), (QStringList{"Complete", "Error", "Complete"}));
+        QCOMPARE(h.history(kSite, 0).mid(1, 10),
+                 (QStringList{"Starting...", "Wait 5 Minutes", "Wait 4 Minutes", "Wait 3 Minutes",
+                              "Wait 2 Minutes", "Wait 1 Minutes", "Waiting", "Wait 1 Seconds",
+                              "Connecting...", "Complete"}));
+        QCOMPARE(h.fileIn("later.bin"), QByteArray("at last"));
+        int pages = 0;
+        for (const auto &r : site.server().requests())
+            pages += r.path.startsWith("/files/500") ? 1 : 0;
+        QCOMPARE(pages, 4);
     }
 
     void failureInFirstStepReachesCaller()
     {
-        TestServer server;
-        QVERIFY(server.listen());
-        FakeRapidShare site(server);
-        Harness h(folder("unguarded"));
-        LinkRow *a = h.add(site.addFile("7001", "odd.bin", "odd"));
-        h.add(site.addFile("7002", "next.bin", "next"));
-        server.setAnswer(FakeRapidShare::firstPath("7001", "odd.bin"),
-                         FakeRapidShare::html("<form id=\"ff\" action=\"\"method=\"post\">"));
-        QVERIFY_THROWS_EXCEPTION(std::exception,
-                                 h.queues->startDownloadLinks(Sites::RapidShare, true));
-        QCOMPARE(Harness::get(a, Field::Status), QStringLiteral("Starting..."));
-        QCOMPARE(h.list.childAt(Sites::RapidShare, 1)->values[int(Field::Status)],
-                 QStringLiteral("Waiting"));
+        FakeRapidShare site;
+        RecipeHarness h({kSite});
+        h.add(kSite, site.addFile("7001", "odd.bin", "odd"));
+        h.add(kSite, site.addFile("7002", "next.bin", "next"));
+        site.page(FakeRapidShare::firstPath("7001", "odd.bin"),
+                  "<form id=\"ff\" action=\"\"method=\"post\">");
+        QVERIFY_THROWS_EXCEPTION(RuntimeFailure, h.queues->startDownloadLinks(kSite, true));
+        QCOMPARE(h.statuses(kSite), (QStringList{"Starting...", "Waiting"}));
     }
 
     void twoSitesPollAtOnce()
@@ -571,41 +315,37 @@ private slots:
         // The RapidShare recipe also stands in for a second site. The second
         // site's whole run happens inside the first one's wait for its page.
         const int other = Sites::FourShared;
-        TestServer server;
-        QVERIFY(server.listen());
-        FakeRapidShare site(server);
-        Harness h(folder("two"), {Sites::RapidShare, other});
-        LinkRow *a = h.add(site.addFile("8001", "one.bin", "one"), Sites::RapidShare);
-        LinkRow *b = h.add(site.addFile("8002", "two.bin", "two"), other);
-        server.setAnswer(FakeRapidShare::firstPath("8001", "one.bin"),
-                         FakeRapidShare::html(
-                             FakeRapidShare::filePage(
-                                 site.url(FakeRapidShare::postPath("8001", "one.bin")), "one.bin"))
-                             .delayFirst(400));
+        FakeRapidShare site;
+        RecipeHarness h({kSite});
+        h.queues->setRecipe(other, std::make_unique<RapidShareRecipe>());
+        h.add(kSite, site.addFile("8001", "one.bin", "one"));
+        h.add(other, site.addFile("8002", "two.bin", "two"));
+        site.server().setAnswer(
+            FakeRapidShare::firstPath("8001", "one.bin"),
+            FakeSite::html(text(FakeRapidShare::filePage(
+                               site.url(FakeRapidShare::postPath("8001", "one.bin")), "one.bin")),
+                           "enc=8001")
+                .delayFirst(400));
         QTimer::singleShot(50, [&] { h.queues->startDownloadLinks(other, true); });
 
-        h.queues->startDownloadLinks(Sites::RapidShare, true);
-        QTRY_COMPARE(Harness::get(a, Field::Status), QStringLiteral("Complete"));
-        QTRY_COMPARE(Harness::get(b, Field::Status), QStringLiteral("Complete"));
-        const QString dir = h.dir + QStringLiteral("/RapidShare Files");
-        QCOMPARE(readFile(dir + QStringLiteral("/one.bin")), QByteArray("one"));
-        QCOMPARE(readFile(dir + QStringLiteral("/two.bin")), QByteArray("two"));
+        h.queues->startDownloadLinks(kSite, true);
+        QTRY_COMPARE(h.at(kSite, 0), QStringLiteral("Complete"));
+        QTRY_COMPARE(h.at(other, 0), QStringLiteral("Complete"));
+        QCOMPARE(h.fileIn("one.bin"), QByteArray("one"));
+        QCOMPARE(h.fileIn("two.bin"), QByteArray("two"));
 
         // The second site's page and post came while the first waited.
         QStringList order;
-        for (const auto &r : server.requests())
+        for (const auto &r : site.server().requests())
             order << QString::fromLatin1(r.method + ' ' + r.pathOnly());
-        QCOMPARE(order.at(0), QStringLiteral("GET /files/8001/one.bin.html"));
-        QCOMPARE(order.at(1), QStringLiteral("GET /files/8002/two.bin.html"));
-        QCOMPARE(order.at(2), QStringLiteral("POST /post/8002/two.bin"));
+        QCOMPARE(order.mid(0, 3), (QStringList{"GET /files/8001/one.bin.html",
+                                               "GET /files/8002/two.bin.html",
+                                               "POST /post/8002/two.bin"}));
         QVERIFY(order.indexOf("POST /post/8001/one.bin") > 2);
-        QCOMPARE(h.queues->context(other).bLinkReady, true);
-        QCOMPARE(h.queues->context(Sites::RapidShare).bLinkReady, true);
     }
 
 private:
     std::unique_ptr<Sandbox> m_sandbox;
-    QString folder(const QString &name) { return m_sandbox->path(QStringLiteral("dl-") + name); }
 };
 
 QTEST_GUILESS_MAIN(TestRapidShare)

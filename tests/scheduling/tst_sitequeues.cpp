@@ -1,152 +1,18 @@
-#include "fakeprompts.h"
-#include "list/downloadlist.h"
 #include "list/formats.h"
-#include "list/sitetable.h"
+#include "recipeharness.h"
 #include "sandbox.h"
-#include "scheduling/sitequeues.h"
 #include "system/logicaltimer.h"
 #include "testserver.h"
 #include "transfer/downloadasynch.h"
 
 #include <QtTest>
 
-#include <memory>
-
 namespace {
-
-// Takes the place of a site's recipe. It records each call and leaves the row
-// in the outcome the test asks for, as a real resolver would.
-class StandIn : public SiteResolver
-{
-public:
-    enum class Mode {
-        Record,  // leaves the row "Starting..."
-        Resolve, // writes a resolved row and enables the site's timer
-        Hold,    // waits in the event queue until the site's stop flag is set
-        Fail,    // "Connection Error", then the next row
-    };
-
-    void resolve(SiteContext &ctx) override
-    {
-        calls << ctx.cursor.field(Field::LinkURL);
-        statusAtCall << ctx.cursor.field(Field::Status);
-        if (order)
-            order->append(ctx.site);
-        switch (mode) {
-        case Mode::Record:
-            return;
-        case Mode::Hold:
-            while (!ctx.bStop)
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-            ctx.cursor.setField(Field::Status, QStringLiteral("Stopped"));
-            ctx.cursor.setField(Field::WaitTimeInSec, QStringLiteral("0"));
-            return;
-        case Mode::Fail:
-            ctx.cursor.setField(Field::Status, QStringLiteral("Connection Error"));
-            ctx.cursor.setField(Field::WaitTimeInSec, QStringLiteral("0"));
-            ctx.continueQueue();
-            return;
-        case Mode::Resolve: {
-            const QString link = ctx.cursor.field(Field::LinkURL);
-            ctx.cursor.setField(Field::DirectURL, link);
-            ctx.cursor.setField(Field::LocalFile, link.section(QLatin1Char('/'), -1));
-            ctx.cursor.setField(Field::LocalFilePath, folder);
-            ctx.cursor.setField(Field::FileSize, fileSize);
-            ctx.cursor.setField(Field::Status, QStringLiteral("Wait %1 Seconds").arg(wait));
-            ctx.cursor.setField(Field::WaitTimeInSec, QString::number(wait));
-            ctx.bLinkReady = true;
-            if (ctx.timer)
-                ctx.startTimer(interval);
-            else
-                ctx.handOff();
-            return;
-        }
-        }
-    }
-    void closeConnections(SiteContext &) override { ++closeCalls; }
-
-    Mode mode = Mode::Record;
-    QString folder;
-    QString fileSize = QStringLiteral("?");
-    int wait = 0;
-    int interval = 1000;
-    QList<int> *order = nullptr;
-    QStringList calls;
-    QStringList statusAtCall;
-    int closeCalls = 0;
-};
 
 QString link(int site, int n)
 {
     return QStringLiteral("http://site%1.test/files/file%2.bin").arg(site).arg(n);
 }
-
-// A list, the queues over it and a stand-in resolver for every site.
-struct Harness
-{
-    Harness()
-    {
-        list.open();
-        ResolverTable table;
-        for (int i = 0; i < Sites::Count; ++i) {
-            auto standIn = std::make_unique<StandIn>();
-            standIns[i] = standIn.get();
-            table[i] = std::move(standIn);
-        }
-        queues = std::make_unique<SiteQueues>(list, &prompts, std::move(table));
-        QObject::connect(queues.get(), &SiteQueues::queueRanOut,
-                         [this](int site) { ranOut << site; });
-    }
-
-    StandIn &standIn(int site) { return *standIns[site - 1]; }
-
-    LinkRow *add(int site, const QString &link, const QString &status = QStringLiteral("Waiting"),
-                 int isDownloading = 0)
-    {
-        if (!list.addLinkToList(link, site, &prompts))
-            return nullptr;
-        LinkRow *row = list.childAt(site, list.childCount(site) - 1);
-        list.setField(row, Field::Status, status);
-        list.setField(row, Field::IsDownloading, QString::number(isDownloading));
-        return row;
-    }
-    // Adds `count` plain rows and starts the site from its menu.
-    SiteContext &start(int site, int count = 1)
-    {
-        for (int i = 0; i < count; ++i)
-            add(site, link(site, i));
-        queues->startDownloadLinks(site, true);
-        return queues->context(site);
-    }
-
-    QString at(int site, int index, Field f = Field::Status) const
-    {
-        return list.childAt(site, index)->values[int(f)];
-    }
-    QStringList statuses(int site, Field f = Field::Status) const
-    {
-        QStringList result;
-        for (int i = 0; i < list.childCount(site); ++i)
-            result << at(site, i, f);
-        return result;
-    }
-    // Some fields of one row as one text, "Complete||0".
-    QString fields(int site, int index, std::initializer_list<Field> fs) const
-    {
-        QStringList values;
-        for (Field f : fs)
-            values << at(site, index, f);
-        return values.join(u'|');
-    }
-    // The rows' IsDownloading flags as one text, "010".
-    QString flags(int site) const { return statuses(site, Field::IsDownloading).join(QString()); }
-
-    FakePrompts prompts;
-    DownloadList list;
-    std::array<StandIn *, Sites::Count> standIns{};
-    std::unique_ptr<SiteQueues> queues;
-    QList<int> ranOut;
-};
 
 QStringList split(const char *texts)
 {
@@ -161,21 +27,13 @@ QByteArray payload(int size, char seed)
     return bytes;
 }
 
-QByteArray readFile(const QString &path)
+// Adds `count` plain rows and starts the site from its menu.
+SiteContext &start(RecipeHarness &h, int site, int count = 1)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-// An address on 127.0.0.1 where nothing listens.
-QString deadAddress(const QString &path)
-{
-    QTcpServer probe;
-    if (!probe.listen(QHostAddress::LocalHost))
-        return QString();
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return QStringLiteral("http://127.0.0.1:%1%2").arg(port).arg(path);
+    for (int i = 0; i < count; ++i)
+        h.add(site, link(site, i));
+    h.queues->startDownloadLinks(site, true);
+    return h.context(site);
 }
 
 } // namespace
@@ -185,14 +43,8 @@ class TestSiteQueues : public QObject
     Q_OBJECT
 private slots:
     void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
-
-    void init()
-    {
-        // Timers tick only when a test ticks them.
-        LogicalTimer::clearRealPeriods();
-        for (int period : {1000, 60000, 50000})
-            LogicalTimer::setRealPeriod(period, 3600000);
-    }
+    // Timers tick only when a test ticks them.
+    void init() { RecipeHarness::setPeriods(3600000); }
 
     // ---- Selecting the row ----
 
@@ -225,7 +77,7 @@ private slots:
         QFETCH(int, chosen);
         QFETCH(QString, flagsAfter);
 
-        Harness h;
+        RecipeHarness h;
         const int site = Sites::DepositFiles;
         for (int i = 0; i < statuses.size(); ++i)
             h.add(site, link(site, i), statuses[i], flagsBefore.mid(i, 1).toInt());
@@ -241,7 +93,7 @@ private slots:
             expectedStatuses[chosen] = "Starting...";
             QCOMPARE(h.standIn(site).calls, QStringList{link(site, chosen)});
             QCOMPARE(h.standIn(site).statusAtCall, QStringList{"Starting..."});
-            QCOMPARE(h.queues->context(site).cursor.field(Field::LinkURL), link(site, chosen));
+            QCOMPARE(h.context(site).cursor.field(Field::LinkURL), link(site, chosen));
             QVERIFY(h.ranOut.isEmpty());
         } else {
             QVERIFY(h.standIn(site).calls.isEmpty());
@@ -252,39 +104,31 @@ private slots:
             QVERIFY(other == site || h.standIn(other).calls.isEmpty());
     }
 
-    void siteWithoutRows()
+    void siteWithoutRowsAndBusySite()
     {
-        Harness h;
+        RecipeHarness h;
         h.add(Sites::RapidShare, link(1, 0));
-        for (bool fromMenu : {true, false}) {
+        for (bool fromMenu : {true, false})
             h.queues->startDownloadLinks(Sites::HotFile, fromMenu);
-            QVERIFY(h.standIn(Sites::HotFile).calls.isEmpty());
-            QVERIFY(h.ranOut.isEmpty());
-        }
+        QVERIFY(h.standIn(Sites::HotFile).calls.isEmpty());
+        QVERIFY(h.ranOut.isEmpty());
         QCOMPARE(h.statuses(Sites::RapidShare), QStringList{"Waiting"});
         QVERIFY_THROWS_EXCEPTION(RuntimeFailure, h.queues->startDownloadLinks(9, true));
-    }
 
-    void busySiteStartedFromMenu()
-    {
-        Harness h;
+        // A user's start of a busy site does nothing but clear the stop flag.
         const int site = Sites::FileFactory;
         h.add(site, link(site, 0), "Wait 5 Seconds", 1);
         h.add(site, link(site, 1));
-        SiteContext &ctx = h.queues->context(site);
-        QVERIFY(h.queues->isDownloading(site));
-
+        SiteContext &ctx = h.context(site);
         ctx.bStop = true;
         h.queues->startDownloadLinks(site, true);
         QVERIFY(!ctx.bStop);
         QVERIFY(h.standIn(site).calls.isEmpty());
         QCOMPARE(h.statuses(site), (QStringList{"Wait 5 Seconds", "Waiting"}));
-        QCOMPARE(h.flags(site), QString("10"));
 
         // Once the busy row has ended, the same command starts the next row.
-        h.list.setField(h.list.childAt(site, 0), Field::Status, "Complete");
-        h.list.setField(h.list.childAt(site, 0), Field::IsDownloading, "0");
-        QVERIFY(!h.queues->isDownloading(site));
+        h.list.setField(h.row(site, 0), Field::Status, "Complete");
+        h.list.setField(h.row(site, 0), Field::IsDownloading, "0");
         h.queues->startDownloadLinks(site, true);
         QCOMPARE(h.standIn(site).calls, QStringList{link(site, 1)});
         QCOMPARE(h.statuses(site), (QStringList{"Complete", "Starting..."}));
@@ -292,16 +136,16 @@ private slots:
 
     void startAndStopAll()
     {
-        Harness h;
+        RecipeHarness h;
         QList<int> startOrder;
         for (int site = 1; site <= Sites::Count; ++site)
             h.add(site, link(site, 0));
         // MegaUpload is busy already: start-all leaves it be.
         h.add(Sites::MegaUpload, link(3, 1));
-        h.list.setField(h.list.childAt(Sites::MegaUpload, 0), Field::Status, "Complete");
+        h.list.setField(h.row(Sites::MegaUpload, 0), Field::Status, "Complete");
         QVERIFY(!h.queues->isAnyDownloading());
         h.queues->startDownloadLinks(Sites::MegaUpload, true);
-        h.queues->context(Sites::MegaUpload).cursor.setField(Field::Status, "Wait 40 Seconds");
+        h.context(Sites::MegaUpload).cursor.setField(Field::Status, "Wait 40 Seconds");
         QVERIFY(h.queues->isAnyDownloading());
         // Youtube alone has no countdown of its own.
         QVERIFY(!h.queues->siteTimer(Sites::Youtube) && h.queues->siteTimer(Sites::HotFile));
@@ -327,16 +171,14 @@ private slots:
         h.queues->stopAllDownloads();
         QCOMPARE(stopOrder, (QList<int>{4, 6, 8, 7, 3, 1, 2}));
         for (int site : {1, 2, 3, 4, 6, 7, 8}) {
-            QVERIFY2(h.queues->context(site).bStop, qPrintable(Sites::siteName(site)));
+            QVERIFY2(h.context(site).bStop, qPrintable(Sites::name(site)));
             QVERIFY(!h.queues->isDownloading(site));
         }
         QCOMPARE(h.statuses(Sites::MegaUpload), (QStringList{"Complete", "Stopped"}));
-        QCOMPARE(h.standIn(Sites::MegaUpload).calls.size(), 1);
         // Only MegaUpload's recipe holds a socket of its own that the stop closes.
         for (int site = 1; site <= Sites::Count; ++site)
             QCOMPARE(h.standIn(site).closeCalls, site == Sites::MegaUpload ? 1 : 0);
-        QVERIFY(!h.queues->context(Sites::MediaFire).bStop);
-        QVERIFY(h.queues->isDownloading(Sites::MediaFire));
+        QVERIFY(!h.context(Sites::MediaFire).bStop);
         QVERIFY(h.queues->isAnyDownloading());
         QCOMPARE(h.statuses(Sites::MediaFire), QStringList{"Starting..."});
 
@@ -344,47 +186,114 @@ private slots:
         stopOrder.clear();
         h.queues->stopDownloads(Sites::RapidShare);
         QVERIFY(stopOrder.isEmpty());
-        QCOMPARE(h.statuses(Sites::RapidShare), QStringList{"Stopped"});
     }
 
     void startButtonSwallowsSecondClick()
     {
-        Harness h;
+        RecipeHarness h;
         h.add(Sites::RapidShare, link(1, 0));
         h.add(Sites::Youtube, link(2, 0));
         h.add(Sites::Youtube, link(2, 1));
-        // While RapidShare's resolver waits, the button is clicked again. Taken,
-        // that click would start Youtube from inside RapidShare's resolver.
-        struct ClickingStandIn : StandIn
+        // While RapidShare's recipe runs, the button is clicked again. Taken,
+        // that click would start Youtube from inside RapidShare's recipe.
+        struct ClickingRecipe : SiteRecipe
         {
-            Harness *h = nullptr;
+            RecipeHarness *h = nullptr;
             bool sawFlag = false;
             int youtubeStartsInside = -1;
-            void resolve(SiteContext &ctx) override
+            void resolve(RecipeSite &) override
             {
-                StandIn::resolve(ctx);
                 sawFlag = h->queues->startInProgress();
                 h->queues->startDownloadClicked();
                 youtubeStartsInside = int(h->standIn(Sites::Youtube).calls.size());
             }
         };
-        auto clicking = std::make_unique<ClickingStandIn>();
+        auto clicking = std::make_unique<ClickingRecipe>();
         clicking->h = &h;
-        ClickingStandIn *standIn = clicking.get();
-        h.queues->setResolver(Sites::RapidShare, std::move(clicking));
+        ClickingRecipe *recipe = clicking.get();
+        h.queues->setRecipe(Sites::RapidShare, std::move(clicking));
 
         h.queues->startDownloadClicked();
-        QVERIFY(standIn->sawFlag);
-        QCOMPARE(standIn->youtubeStartsInside, 0);
+        QVERIFY(recipe->sawFlag);
+        QCOMPARE(recipe->youtubeStartsInside, 0);
         QVERIFY(!h.queues->startInProgress());
-        QCOMPARE(standIn->calls.size(), 1);
         QCOMPARE(h.standIn(Sites::Youtube).calls, QStringList{link(2, 0)});
 
         // The stop button clears the flag whatever it was.
         h.queues->stopDownloadClicked();
         QVERIFY(!h.queues->startInProgress());
-        QCOMPARE(h.statuses(Sites::RapidShare), QStringList{"Stopped"});
         QCOMPARE(h.statuses(Sites::Youtube), (QStringList{"Stopped", "Waiting"}));
+    }
+
+    // ---- A queue never nests ----
+
+    void failingRowsDoNotNest_data()
+    {
+        QTest::addColumn<int>("rows");
+        QTest::newRow("3") << 3;
+        QTest::newRow("100,000") << 100000;
+    }
+
+    void failingRowsDoNotNest()
+    {
+        QFETCH(int, rows);
+        RecipeHarness h;
+        const int site = Sites::FourShared;
+        StandInRecipe &standIn = h.standIn(site);
+        standIn.mode = StandInRecipe::Mode::Fail;
+        start(h, site, rows);
+        // Each failure asks for the next row from inside the recipe; the start
+        // runs each after the last has returned, and the walk after the last
+        // one clears the flags the failures left and ends the queue.
+        QCOMPARE(standIn.calls.size(), rows);
+        QCOMPARE(standIn.maxDepth, 1);
+        QCOMPARE(standIn.calls.last(), link(site, rows - 1));
+        QCOMPARE(h.at(site, rows - 1), QString("Connection Error"));
+        QCOMPARE(h.statuses(site).count("Connection Error"), rows);
+        QVERIFY(!h.flags(site).contains(u'1'));
+        QCOMPARE(h.ranOut, QList<int>{site});
+
+        // An edit among the passed rows is seen by the next walk.
+        h.list.setField(h.row(site, 1), Field::Status, "Waiting");
+        standIn.mode = StandInRecipe::Mode::Record;
+        h.queues->startDownloadLinks(site, true);
+        QCOMPARE(standIn.calls.last(), link(site, 1));
+        QCOMPARE(h.at(site, 1), QString("Starting..."));
+    }
+
+    void stopThenStartWhileRecipeWaits()
+    {
+        // Stop and Start of one site inside one pump round: the start waits
+        // until the first run has seen its stop and returned, then runs.
+        TestServer server;
+        QVERIFY(server.listen());
+        server.setAnswer("/held", TestServer::Answer::silence());
+        RecipeHarness h;
+        const int site = Sites::HotFile;
+        StandInRecipe &standIn = h.standIn(site);
+        standIn.mode = StandInRecipe::Mode::Hold;
+        standIn.holdUrl = server.url("/held");
+        h.add(site, link(site, 0));
+        h.add(site, link(site, 1));
+        int round = 0;
+        QObject::connect(&server, &TestServer::requestReceived, [&] {
+            if (++round == 1) {
+                QTimer::singleShot(20, [&] {
+                    h.queues->stopDownloads(site);
+                    h.queues->startDownloadLinks(site, true);
+                });
+            } else {
+                QTimer::singleShot(20, [&] { h.queues->stopDownloads(site); });
+            }
+        });
+
+        h.queues->startDownloadLinks(site, true);
+        QCOMPARE(standIn.calls, (QStringList{link(site, 0), link(site, 0)}));
+        QCOMPARE(standIn.maxDepth, 1);
+        QCOMPARE(h.history(site, 0),
+                 (QStringList{"Waiting", "Starting...", "Stopped", "Starting...", "Stopped"}));
+        QCOMPARE(h.statuses(site), (QStringList{"Stopped", "Waiting"}));
+        QCOMPARE(server.requests().size(), 2);
     }
 
     // ---- Countdown ----
@@ -435,11 +344,11 @@ private slots:
         QFETCH(QString, lastWait);
         QFETCH(QString, lastText);
 
-        // HotFile's timer does nothing at the end of a wait unless its resolver is
+        // HotFile's timer does nothing at the end of a wait unless its recipe is
         // at step 1, so the row keeps the texts of the countdown.
-        Harness h;
+        RecipeHarness h;
         const int site = Sites::HotFile;
-        SiteContext &ctx = h.start(site);
+        SiteContext &ctx = start(h, site);
         ctx.cursor.setField(Field::WaitTimeInSec, wait);
         ctx.startTimer(interval);
 
@@ -480,6 +389,7 @@ private slots:
         QTest::newRow("HotFile step 1") << 7 << true << 1 << "resolve";
         QTest::newRow("HotFile step 2") << 7 << true << 2 << "nothing";
         QTest::newRow("FileFactory") << 8 << false << 0 << "hand-off";
+        QTest::newRow("countdown of no number") << 6 << false << -1 << "error";
     }
 
     void endOfWaitBySite()
@@ -489,17 +399,18 @@ private slots:
         QFETCH(int, step);
         QFETCH(QString, outcome);
 
-        Harness h;
-        SiteContext &ctx = h.start(site, 2);
+        RecipeHarness h;
+        SiteContext &ctx = start(h, site, 2);
         // A resolved row whose address leads nowhere: the transfer is stopped
         // before it could connect.
         const std::pair<Field, QString> resolved[] = {
             {Field::DirectURL, "127.0.0.1:9/none.bin"},
             {Field::LocalFile, "none.bin"},
-            {Field::LocalFilePath, m_sandbox->path("downloads")},
+            {Field::LocalFilePath, h.folder()},
             {Field::FileSize, "1.5 KB"},
-            {Field::WaitTimeInSec, "1"},
-            {Field::Status, "Wait 1 Seconds"}};
+            {Field::WaitTimeInSec, step < 0 ? "abc" : "1"},
+            {Field::Status, "Wait 1 Seconds"},
+            {Field::ErrorDesc, "kept"}};
         for (const auto &[field, value] : resolved)
             ctx.cursor.setField(field, value);
         ctx.bLinkReady = linkReady;
@@ -524,31 +435,15 @@ private slots:
             QCOMPARE(h.at(site, 0), QString("Wait 1 Seconds"));
             QCOMPARE(calls.size(), 1);
         } else {
-            QCOMPARE(h.fields(site, 0, {Field::Status, Field::WaitTimeInSec}), QString("Error|0"));
+            // The failure path: "Error", the next row, whose walk clears the
+            // failed row's flag; ErrorDesc stays.
+            QCOMPARE(h.fields(site, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc}),
+                     QString("Error|0|kept"));
             QCOMPARE(h.at(site, 1), QString("Starting..."));
+            QCOMPARE(h.flags(site), QString("01"));
             QCOMPARE(calls, (QStringList{link(site, 0), link(site, 1)}));
         }
         QVERIFY(errors.isEmpty());
-    }
-
-    void countdownFailure()
-    {
-        Harness h;
-        const int site = Sites::DepositFiles;
-        SiteContext &ctx = h.start(site, 2);
-        h.list.setField(h.list.childAt(site, 0), Field::ErrorDesc, "kept");
-        ctx.cursor.setField(Field::WaitTimeInSec, "abc");
-        ctx.startTimer(1000);
-
-        emit ctx.timer->timeout();
-        QCOMPARE(h.at(site, 1), QString("Starting..."));
-        QCOMPARE(h.fields(site, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc}),
-                 QString("Error|0|kept"));
-        // The walk of the next start clears the failed row's flag.
-        QCOMPARE(h.flags(site), QString("01"));
-        QCOMPARE(h.standIn(site).calls, (QStringList{link(site, 0), link(site, 1)}));
-        // The resolver of the next row left the timer off.
-        QVERIFY(!ctx.timer->isEnabled());
     }
 
     // ---- What the transfer control reports ----
@@ -580,7 +475,7 @@ private slots:
         QFETCH(float, secondsLeft);
         QFETCH(QStringList, texts);
 
-        Harness h;
+        RecipeHarness h;
         const int site = Sites::FourShared;
         h.add(site, link(site, 0));
         h.add(site, link(site, 1), "Connecting...");
@@ -610,9 +505,9 @@ private slots:
         QFETCH(float, size);
         QFETCH(QString, fileSize);
 
-        Harness h;
+        RecipeHarness h;
         const int site = Sites::MegaUpload;
-        h.start(site).cursor.setField(Field::FileSize, "guessed");
+        start(h, site).cursor.setField(Field::FileSize, "guessed");
         emit h.queues->downloader(site).fileBegin(size);
         QCOMPARE(h.at(site, 0, Field::FileSize), fileSize);
         QCOMPARE(h.at(site, 0), QString("Starting..."));
@@ -652,9 +547,9 @@ private slots:
         QFETCH(QString, after);
         const bool nextRow = event != "stopped";
 
-        Harness h;
+        RecipeHarness h;
         const int site = Sites::RapidShare;
-        RowCursor &row = h.start(site, 2).cursor;
+        RowCursor &row = start(h, site, 2).cursor;
         row.setField(Field::Status, before);
         row.setField(Field::Speed, "1 KB/S");
         row.setField(Field::TimeLeft, "00:00:05");
@@ -687,84 +582,7 @@ private slots:
         }
     }
 
-    void resolverFailureMovesOn()
-    {
-        Harness h;
-        const int site = Sites::FourShared;
-        h.standIn(site).mode = StandIn::Mode::Fail;
-        h.start(site, 3);
-        // Each failure starts the next row inside the resolver; the walk after the
-        // last one clears the flags the failures left and ends the queue.
-        QCOMPARE(h.standIn(site).calls, (QStringList{link(site, 0), link(site, 1), link(site, 2)}));
-        QCOMPARE(h.statuses(site), QStringList(3, "Connection Error"));
-        QCOMPARE(h.flags(site), QString("000"));
-        QCOMPARE(h.ranOut, QList<int>{site});
-        QVERIFY(!h.queues->isDownloading(site));
-    }
-
-    // ---- Real transfers against a local server ----
-
-    void realTransferEnds_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("firstStatus");
-        QTest::addColumn<QString>("firstSize");
-        QTest::newRow("complete") << "complete" << QString("Complete") << "20 KB";
-        QTest::newRow("not found") << "404" << QString("Connection Error") << "?";
-        QTest::newRow("nobody listens") << "refused" << QString("Error") << "?";
-    }
-
-    void realTransferEnds()
-    {
-        QFETCH(QString, kind);
-        QFETCH(QString, firstStatus);
-        QFETCH(QString, firstSize);
-
-        LogicalTimer::setRealPeriod(1000, 10);
-        TestServer server;
-        QVERIFY(server.listen());
-        const QByteArray first = payload(20 * 1024, 'a');
-        const QByteArray second = payload(3000, 'k');
-        if (kind == "complete")
-            server.setAnswer("/files/first.bin", TestServer::Answer::ok(first));
-        else if (kind == "404")
-            server.setAnswer("/files/first.bin",
-                             TestServer::Answer::status(404, "Not Found").keepOpen());
-        server.setAnswer("/files/second.bin", TestServer::Answer::ok(second));
-
-        Harness h;
-        const int site = Sites::DepositFiles;
-        const QString folder = m_sandbox->path("ends-" + kind);
-        const QString firstLink =
-            kind == "refused" ? deadAddress("/files/first.bin") : server.url("/files/first.bin");
-        QVERIFY(!firstLink.isEmpty());
-        h.add(site, firstLink);
-        h.add(site, server.url("/files/second.bin"));
-        StandIn &standIn = h.standIn(site);
-        standIn.mode = StandIn::Mode::Resolve;
-        standIn.folder = folder;
-        standIn.wait = 2;
-
-        QSignalSpy begins(&h.queues->downloader(site), &DownloadAsynch::fileBegin);
-        h.queues->startDownloadLinks(site, true);
-        QCOMPARE(h.statuses(site), (QStringList{"Wait 2 Seconds", "Waiting"}));
-        QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 0), firstStatus, 10000);
-        QCOMPARE(h.fields(site, 0,
-                          {Field::FileSize, Field::Speed, Field::TimeLeft, Field::IsDownloading}),
-                 firstSize + "|||0");
-        if (kind == "complete")
-            QCOMPARE(readFile(folder + "/first.bin"), first);
-
-        // Either end moves on to the next row, which runs its own cycle.
-        QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 1), QString("Complete"), 10000);
-        QCOMPARE(h.at(site, 0), firstStatus);
-        QCOMPARE(h.at(site, 1, Field::FileSize), QString("2.93 KB"));
-        QCOMPARE(readFile(folder + "/second.bin"), second);
-        QCOMPARE(standIn.calls, (QStringList{firstLink, server.url("/files/second.bin")}));
-        QCOMPARE(h.ranOut, QList<int>{site});
-        QCOMPARE(h.flags(site), QString("00"));
-        QCOMPARE(begins.size(), kind == "complete" ? 2 : 1);
-    }
+    // ---- Against a local server ----
 
     void stopInEachState_data()
     {
@@ -791,7 +609,7 @@ private slots:
 
         const bool transferring = state == "percent" || state == "so far";
         if (transferring)
-            LogicalTimer::setRealPeriod(1000, 20); // the transfer's speed ticks run
+            RecipeHarness::setPeriods(20); // the transfer's speed ticks run
         TestServer server;
         QVERIFY(server.listen());
         const QByteArray body = payload(100000, 'c');
@@ -805,28 +623,28 @@ private slots:
         server.setAnswer("/big.bin", partial);
         server.setAnswer("/quiet.bin", TestServer::Answer::silence());
 
-        Harness h;
+        RecipeHarness h;
         const int site = Sites::FileFactory;
-        SiteContext &ctx = h.queues->context(site);
-        StandIn &standIn = h.standIn(site);
-        standIn.folder = m_sandbox->path("stops");
+        SiteContext &ctx = h.context(site);
+        StandInRecipe &standIn = h.standIn(site);
         const QString address = server.url(state == "handing off" ? "/quiet.bin" : "/big.bin");
         h.add(site, address);
         h.add(site, server.url("/next.bin"));
         QSignalSpy stopped(ctx.downloader, &DownloadAsynch::stopped);
 
         if (state == "resolving") {
-            standIn.mode = StandIn::Mode::Hold;
+            standIn.mode = StandInRecipe::Mode::Hold;
+            standIn.holdUrl = server.url("/quiet.bin");
             QTimer::singleShot(20, h.queues.get(), [&] {
                 QCOMPARE(h.at(site, 0), QString("Starting..."));
                 h.queues->stopDownloads(site);
-                // The control's stop event wrote the row before the resolver woke.
-                QCOMPARE(h.at(site, 0), QString("Stopped"));
-                QCOMPARE(h.at(site, 0, Field::IsDownloading), QString("0"));
+                // The control's stop event wrote the row before the recipe woke.
+                QCOMPARE(h.fields(site, 0, {Field::Status, Field::IsDownloading}),
+                         QString("Stopped|0"));
             });
             h.queues->startDownloadLinks(site, true);
         } else if (state != "idle") {
-            standIn.mode = StandIn::Mode::Resolve;
+            standIn.mode = StandInRecipe::Mode::Resolve;
             standIn.wait = state == "counting" ? 30 : state == "long wait" ? 300 : 0;
             standIn.interval = state == "long wait" ? 60000 : 1000;
             h.queues->startDownloadLinks(site, true);
@@ -836,15 +654,11 @@ private slots:
                          QString(state == "counting" ? "Wait 29 Seconds" : "Wait 4 Minutes"));
             } else if (state == "handing off") {
                 emit ctx.timer->timeout();
-                QCOMPARE(h.at(site, 0), QString("Connecting..."));
                 QVERIFY(server.waitForRequests(1));
                 QCOMPARE(h.at(site, 0), QString("Connecting..."));
             } else {
                 const QString shown = state == "percent" ? "45" : "43.95 KB so far";
                 QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 0), shown, 10000);
-                const QString speed = h.at(site, 0, Field::Speed);
-                QVERIFY2(speed.endsWith(" KB/S") || speed == "1 Bytes/S" || speed == "0 Bytes/S",
-                         qPrintable(speed));
                 static const QRegularExpression clock("^\\d\\d+:\\d\\d:\\d\\d$");
                 const QString left = h.at(site, 0, Field::TimeLeft);
                 QVERIFY2(state == "percent" ? clock.match(left).hasMatch() : left == "?",
@@ -873,7 +687,7 @@ private slots:
 
         // The next start begins at the first eligible row: the stopped one.
         if (state != "idle") {
-            standIn.mode = StandIn::Mode::Record;
+            standIn.mode = StandInRecipe::Mode::Record;
             h.queues->startDownloadLinks(site, true);
             QVERIFY(!ctx.bStop);
             QCOMPARE(standIn.calls.last(), address);
@@ -882,7 +696,7 @@ private slots:
 
     void twoSitesSideBySide()
     {
-        LogicalTimer::setRealPeriod(1000, 20);
+        RecipeHarness::setPeriods(20);
         TestServer server;
         QVERIFY(server.listen());
         const QList<int> sites = {Sites::RapidShare, Sites::FileFactory};
@@ -890,11 +704,11 @@ private slots:
             return QStringLiteral("/s%1/file%2.bin").arg(site).arg(n);
         };
         QHash<QString, QByteArray> bodies;
-        Harness h;
+        RecipeHarness h;
+        h.createSubDir = 1;
         for (int site : sites) {
-            StandIn &standIn = h.standIn(site);
-            standIn.mode = StandIn::Mode::Resolve;
-            standIn.folder = m_sandbox->path(QStringLiteral("side/%1").arg(site));
+            StandInRecipe &standIn = h.standIn(site);
+            standIn.mode = StandInRecipe::Mode::Resolve;
             standIn.wait = 1;
             for (int n = 0; n < 2; ++n) {
                 const QByteArray body = payload(
@@ -911,18 +725,15 @@ private slots:
         // transfer.
         int overlaps = 0;
         QObject::connect(&h.queues->downloader(Sites::RapidShare), &DownloadAsynch::progress, [&] {
-            const RowCursor &other = h.queues->context(Sites::FileFactory).cursor;
             bool isNumber = false;
-            if (other.row())
-                other.field(Field::Status).toDouble(&isNumber);
+            if (const LinkRow *other = h.context(Sites::FileFactory).cursor.row())
+                other->values[int(Field::Status)].toDouble(&isNumber);
             overlaps += isNumber ? 1 : 0;
         });
 
         h.queues->startDownloadClicked();
-        for (int site : sites) {
+        for (int site : sites)
             QCOMPARE(h.statuses(site), (QStringList{"Wait 1 Seconds", "Waiting"}));
-            QVERIFY(h.queues->isDownloading(site));
-        }
         for (int site : sites)
             QTRY_COMPARE_WITH_TIMEOUT(h.statuses(site), (QStringList{"Complete", "Complete"}),
                                       20000);
@@ -931,11 +742,10 @@ private slots:
         QCOMPARE(h.ranOut.size(), 3); // HotFile's at once, then each site's
         QCOMPARE(h.ranOut.first(), int(Sites::HotFile));
         for (int site : sites) {
-            QVERIFY(h.ranOut.contains(site));
             for (int n = 0; n < 2; ++n) {
                 const QByteArray &body = bodies[path(site, n)];
                 QCOMPARE(h.at(site, n, Field::FileSize), sizeToText(body.size()));
-                QCOMPARE(readFile(h.standIn(site).folder + QStringLiteral("/file%1.bin").arg(n)),
+                QCOMPARE(h.fileIn(Sites::site(site).subFolder + QStringLiteral("/file%1.bin").arg(n)),
                          body);
             }
         }

@@ -6,6 +6,8 @@
 #include <QQueue>
 #include <QString>
 
+#include <functional>
+
 // Records every question the core asks of a person and answers from a queue
 // (Ok or Yes when the queue is empty).
 class FakePrompts : public Prompts
@@ -30,6 +32,9 @@ public:
                       const QString &title) override
     {
         messages.append({text, icon, buttons, title});
+        // What happens elsewhere while a person reads the message.
+        if (whileAsking)
+            whileAsking();
         if (!answers.isEmpty())
             return answers.dequeue();
         return buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel ? Answer::Yes
@@ -49,6 +54,11 @@ public:
         opened.append(target);
         return true;
     }
+    std::optional<QString> askCaptcha(const QString &pictureFile) override
+    {
+        captchas.append(pictureFile);
+        return captchaAnswers.isEmpty() ? std::nullopt : captchaAnswers.dequeue();
+    }
 
     void clear()
     {
@@ -56,12 +66,17 @@ public:
         balloons.clear();
         folderTitles.clear();
         opened.clear();
+        captchas.clear();
     }
 
     QList<Message> messages;
     QList<Balloon> balloons;
     QStringList folderTitles;
     QStringList opened;
+    QStringList captchas; // the picture file of each captcha question
+    // Answers to the captcha questions; none left: closed without the button.
+    QQueue<std::optional<QString>> captchaAnswers;
     QQueue<Answer> answers;
+    std::function<void()> whileAsking;
     QString folderAnswer;
 };

@@ -18,11 +18,13 @@ QByteArray FakeRapidShare::filePath(const QString &id, const QString &name)
 QString FakeRapidShare::addFile(const QString &id, const QString &name, const QByteArray &content,
                                 int waitSeconds, const QString &sizeKb)
 {
-    m_server.setAnswer(firstPath(id, name),
-                       html(filePage(url(postPath(id, name)), name), "enc=" + id.toLatin1()));
-    m_server.setAnswer(postPath(id, name),
-                       html(downloadPage(url(filePath(id, name)), waitSeconds, sizeKb, name)));
-    m_server.setAnswer(filePath(id, name), TestServer::Answer::ok(content));
+    const QByteArray cookie = "enc=" + id.toLatin1();
+    page(firstPath(id, name), QString::fromUtf8(filePage(url(postPath(id, name)), name)), cookie);
+    cookieRoute(postPath(id, name), cookie,
+                html(QString::fromUtf8(
+                    downloadPage(url(filePath(id, name)), waitSeconds, sizeKb, name))),
+                html(QString::fromUtf8(noFormPage())));
+    file(filePath(id, name), content);
     return url(firstPath(id, name));
 }
 
@@ -84,15 +86,4 @@ QByteArray FakeRapidShare::minutesErrorPage(const QString &minutesText)
                           "</body></html>\n")
         .arg(minutesText)
         .toUtf8();
-}
-
-TestServer::Answer FakeRapidShare::html(const QByteArray &page, const QByteArray &setCookie)
-{
-    QList<QPair<QByteArray, QByteArray>> headers{
-        {"Content-Type", "text/html; charset=UTF-8"},
-        {"Content-Length", QByteArray::number(page.size())}};
-    if (!setCookie.isEmpty())
-        headers.append(qMakePair(QByteArray("Set-Cookie"), setCookie + "; path=/"));
-    headers.append(qMakePair(QByteArray("Connection"), QByteArray("close")));
-    return TestServer::Answer::http(200, "OK", headers, page);
 }

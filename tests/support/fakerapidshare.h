@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testserver.h"
+#include "fakesite.h"
 
 #include <QByteArray>
 #include <QString>
@@ -14,14 +14,11 @@
 //                            form name="dlf" whose action is /file/<id>/<name>
 //   /file/<id>/<name>        the file itself
 //
-// The link's page sets a session cookie. Tests replace any of the answers
-// with the failure pages below through server().setAnswer().
-class FakeRapidShare
+// The link's page sets a session cookie, and the post is answered only with
+// it. Tests replace any of the answers with the failure pages below.
+class FakeRapidShare : public FakeSite
 {
 public:
-    explicit FakeRapidShare(TestServer &server) : m_server(server) {}
-
-    TestServer &server() { return m_server; }
 
     // Puts a file on the site and gives its link.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
@@ -30,7 +27,6 @@ public:
     static QByteArray firstPath(const QString &id, const QString &name);
     static QByteArray postPath(const QString &id, const QString &name);
     static QByteArray filePath(const QString &id, const QString &name);
-    QString url(const QByteArray &path) const { return m_server.url(QString::fromLatin1(path)); }
 
     // The pages, as the site writes them.
     static QByteArray filePage(const QString &formAction, const QString &name);
@@ -45,11 +41,4 @@ public:
     // The error page of the post asking for a pause; `minutesText` is what
     // stands before the word "minutes" ("3 " or "12").
     static QByteArray minutesErrorPage(const QString &minutesText);
-
-    // A 200 answer of an HTML page, with an optional cookie.
-    static TestServer::Answer html(const QByteArray &page,
-                                   const QByteArray &setCookie = QByteArray());
-
-private:
-    TestServer &m_server;
 };

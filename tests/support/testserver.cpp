@@ -206,6 +206,11 @@ void TestServer::setHandler(Handler handler)
     m_handler = std::move(handler);
 }
 
+void TestServer::setRoute(const QByteArray &path, Handler handler)
+{
+    m_routes.insert(path, std::move(handler));
+}
+
 bool TestServer::waitForRequests(int count, int timeoutMs)
 {
     QDeadlineTimer deadline(timeoutMs);
@@ -276,6 +281,10 @@ TestServer::Answer TestServer::answerFor(const Request &request)
         auto it = m_table.find(key);
         if (it != m_table.end() && !it->isEmpty())
             return it->size() > 1 ? it->takeFirst() : it->first();
+    }
+    for (const QByteArray &key : {request.path, request.pathOnly()}) {
+        if (m_routes.contains(key))
+            return m_routes.value(key)(request);
     }
     if (m_handler)
         return m_handler(request);

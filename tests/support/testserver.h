@@ -6,7 +6,8 @@
 // Every request is parsed (method, path, headers, body by Content-Length) and
 // recorded with its exact bytes. The answer comes from the table set with
 // setAnswer()/setAnswers() for the request's path (with its query first, then
-// without), else from the handler set with setHandler(), else a 404. An
+// without), else from a route set with setRoute() for that path, else from the
+// handler set with setHandler(), else a 404. An
 // Answer is the exact bytes to send, optionally cut into pieces with a delay
 // before each, optionally ended early after a given byte, or kept back
 // entirely (silence). After the answer the connection is closed unless
@@ -108,6 +109,9 @@ public:
     // stays for any further request.
     void setAnswers(const QByteArray &path, const QList<Answer> &answers);
     void setHandler(Handler handler);
+    // Answers every request for `path` (with its query first, then without)
+    // that the table doesn't answer.
+    void setRoute(const QByteArray &path, Handler handler);
 
     QList<Request> requests() const { return m_requests; }
     int connectionCount() const { return m_connections; }
@@ -129,6 +133,7 @@ private:
     QTcpServer m_server;
     QHash<QByteArray, QList<Answer>> m_table;
     Handler m_handler;
+    QHash<QByteArray, Handler> m_routes;
     QList<Request> m_requests;
     QHash<QTcpSocket *, QByteArray> m_buffers;
     QHash<QTcpSocket *, int> m_connectionNumbers;

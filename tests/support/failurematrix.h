@@ -1,0 +1,46 @@
+#pragma once
+
+#include "fakesite.h"
+#include "list/statustext.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+
+// The failures every recipe meets at each of its requests, as one table: an
+// answer with status 404, a connection closed without an answer, silence
+// until the shared time-out, and a stop while the request runs. A recipe's
+// test names its request steps and what its recipe makes of a failure there,
+// adds the rows in its _data() function and runs each row:
+//
+//     void failures_data() { FailureMatrix::addRows(steps()); }
+//     void failures()
+//     {
+//         FakeRapidShare fake;
+//         FailureMatrix::run(Sites::RapidShare, steps(), fake, {fake.addFile(...), ...});
+//     }
+namespace FailureMatrix {
+
+struct Step
+{
+    QString name;
+    QByteArray path; // the path the failing link's request goes to
+    // What a status other than 200 (or none) leaves, and whether the queue
+    // then goes on to the next link.
+    QString badStatusWord = StatusText::ConnectionError;
+    bool badStatusNextLink = true;
+    // Whether the poll of this request looks at the stop flag and the time-out.
+    bool guarded = true;
+};
+
+// Columns "step" (index into the steps) and "fault" (0..3), one row for each
+// fault at each step; the faults a step doesn't look at are left out.
+void addRows(const QList<Step> &steps);
+// Runs the current row against the site's real recipe over two links of the
+// site's fake: the first meets the fault at the step's path, the second is
+// served in full. Checks the first link's Status and WaitTimeInSec, and
+// whether the second link started.
+void run(int site, const QList<Step> &steps, FakeSite &fake, const QStringList &links);
+
+} // namespace FailureMatrix

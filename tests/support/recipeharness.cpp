@@ -1,0 +1,104 @@
+#include "recipeharness.h"
+
+#include "system/logicaltimer.h"
+
+#include <QFile>
+#include <QTest>
+
+RecipeHarness::RecipeHarness(std::initializer_list<int> realRecipes)
+{
+    list.open();
+    RecipeTable recipes;
+    for (const Sites::Site &site : Sites::all()) {
+        const bool real = std::find(realRecipes.begin(), realRecipes.end(), site.number) !=
+                          realRecipes.end();
+        if (real && site.makeRecipe) {
+            recipes[site.number - 1] = site.makeRecipe();
+        } else {
+            auto standIn = std::make_unique<StandInRecipe>();
+            m_standIns[site.number - 1] = standIn.get();
+            recipes[site.number - 1] = std::move(standIn);
+        }
+    }
+    queues = std::make_unique<SiteQueues>(list, &prompts, std::move(recipes));
+    queues->setFolder({[this] { return folder(); }, [this] { return createSubDir; }});
+    QObject::connect(queues.get(), &SiteQueues::queueRanOut, [this](int site) { ranOut << site; });
+    QObject::connect(&list, &DownloadList::fieldChanged, [this](int site, int index, Field f) {
+        if (f == Field::Status)
+            m_history[row(site, index)] << at(site, index);
+    });
+}
+
+RecipeHarness::~RecipeHarness() = default;
+
+void RecipeHarness::setPeriods(int secondMs, int timeOutMs, int minuteMs)
+{
+    LogicalTimer::clearRealPeriods();
+    LogicalTimer::setRealPeriod(1000, secondMs);
+    LogicalTimer::setRealPeriod(50000, timeOutMs);
+    LogicalTimer::setRealPeriod(60000, minuteMs);
+}
+
+StandInRecipe &RecipeHarness::standIn(int site)
+{
+    Q_ASSERT(m_standIns[site - 1]);
+    return *m_standIns[site - 1];
+}
+
+LinkRow *RecipeHarness::add(int site, const QString &link, const QString &status,
+                            int isDownloading)
+{
+    if (!list.addLinkToList(link, site, &prompts))
+        return nullptr;
+    LinkRow *added = row(site, list.childCount(site) - 1);
+    m_history[added] << QStringLiteral("Waiting");
+    list.setField(added, Field::Status, status);
+    list.setField(added, Field::IsDownloading, QString::number(isDownloading));
+    return added;
+}
+
+QString RecipeHarness::at(int site, int index, Field field) const
+{
+    const LinkRow *r = row(site, index);
+    return r ? r->values[int(field)] : QStringLiteral("<no row>");
+}
+
+QStringList RecipeHarness::statuses(int site, Field field) const
+{
+    QStringList result;
+    for (int i = 0; i < list.childCount(site); ++i)
+        result << at(site, i, field);
+    return result;
+}
+
+QString RecipeHarness::fields(int site, int index, std::initializer_list<Field> which) const
+{
+    QStringList values;
+    for (Field f : which)
+        values << at(site, index, f);
+    return values.join(u'|');
+}
+
+QStringList RecipeHarness::history(int site, int index) const
+{
+    return m_history.value(row(site, index));
+}
+
+RecipeSite RecipeHarness::view(int site, int index)
+{
+    SiteContext &ctx = context(site);
+    ctx.cursor = list.getSiteRecords(site);
+    ctx.cursor.moveToIndex(index);
+    return RecipeSite(ctx);
+}
+
+bool RecipeHarness::runUntil(const std::function<bool()> &condition, int timeoutMs)
+{
+    return QTest::qWaitFor(condition, timeoutMs);
+}
+
+QByteArray RecipeHarness::fileIn(const QString &relativePath) const
+{
+    QFile file(m_dir.filePath(relativePath));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}

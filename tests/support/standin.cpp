@@ -1,0 +1,49 @@
+#include "standin.h"
+
+#include "resolvers/resolverframe.h"
+#include "resolvers/xmlhttprequest.h"
+
+void StandInRecipe::resolve(RecipeSite &site)
+{
+    struct Depth
+    {
+        StandInRecipe &r;
+        explicit Depth(StandInRecipe &recipe) : r(recipe) { r.maxDepth = std::max(++r.depth, r.maxDepth); }
+        ~Depth() { --r.depth; }
+    } depthGuard(*this);
+    calls << site.link();
+    statusAtCall << site.field(Field::Status);
+    if (order)
+        order->append(site.number());
+
+    switch (mode) {
+    case Mode::Record:
+        return;
+    case Mode::Hold: {
+        XmlHttpRequest request;
+        ResolverFrame::get(site, request, holdUrl);
+        return;
+    }
+    case Mode::Fail:
+        site.connectionError();
+        return;
+    case Mode::Resolve: {
+        const QString link = site.link();
+        site.setField(Field::DirectURL, link);
+        site.setField(Field::LocalFile, link.section(QLatin1Char('/'), -1));
+        site.setField(Field::LocalFilePath, site.localFolder());
+        site.setField(Field::FileSize, fileSize);
+        site.setLinkReady(true);
+        const Sites::Site &info = Sites::site(site.number());
+        if (info.hasTimer && info.waitEnd != Sites::WaitEnd::ResolveIfStepOne) {
+            site.setField(Field::Status, QStringLiteral("Wait %1 Seconds").arg(wait));
+            site.setField(Field::WaitTimeInSec, QString::number(wait));
+            site.startTimer(interval);
+        } else {
+            site.setField(Field::Status, QStringLiteral("Connecting..."));
+            site.startTransfer();
+        }
+        return;
+    }
+    }
+}
