@@ -21,6 +21,7 @@ fi
 [ "${1:-}" = "--deps-only" ] && exit 0
 
 if [ ! -f build/build.ninja ]; then
-  cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
+  cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DTESSALWICK_WERROR="${TESSALWICK_WERROR:-OFF}"
 fi
 cmake --build build

@@ -1,9 +1,9 @@
 #include "app/appcore.h"
 
 #include "app/cregister.h"
-#include "prompts/prompts.h"
 #include "intake/linkextraction.h"
 #include "list/linklistfile.h"
+#include "prompts/prompts.h"
 #include "system/apppaths.h"
 
 const QString AppCore::capturePrefix = QStringLiteral(":KELDOVARPINE:");

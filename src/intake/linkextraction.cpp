@@ -1,8 +1,8 @@
 #include "intake/linkextraction.h"
 
-#include "prompts/prompts.h"
 #include "list/downloadlist.h"
 #include "list/sitetable.h"
+#include "prompts/prompts.h"
 
 #include <array>
 
@@ -120,8 +120,7 @@ private:
 
 } // namespace
 
-int parseLinks(const QString &sText, bool isCommand, DownloadList &list,
-               Prompts *prompts)
+int parseLinks(const QString &sText, bool isCommand, DownloadList &list, Prompts *prompts)
 {
     if (trimBlanks(sText).isEmpty() || sText.size() < 5) {
         if (!isCommand && prompts)

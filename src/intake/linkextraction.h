@@ -8,10 +8,9 @@ class Prompts;
 // Cuts text into words and adds the links of the recognised sites to the list.
 // Returns how many rows were added, or -1 when the text was too short to
 // be looked at (the list is then not walked again). With isCommand false, blank or too short
-// text gives the message "No Supported links Found."; bShowTip is accepted
-// and not read. Added links are announced in one balloon.
-int parseLinks(const QString &sText, bool isCommand, DownloadList &list,
-               Prompts *prompts);
+// text gives the message "No Supported links Found.". Added links are
+// announced in one balloon.
+int parseLinks(const QString &sText, bool isCommand, DownloadList &list, Prompts *prompts);
 
 // The site number whose recognition rule decides this word, with the verdict:
 // 0 when no site literal occurs or the word's site refuses it.

@@ -1,7 +1,7 @@
 #include "list/downloadlist.h"
 
-#include "prompts/prompts.h"
 #include "list/sitetable.h"
+#include "prompts/prompts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +30,8 @@ QString checkedValue(Field f, const QString &value)
         const QString trimmed = value.trimmed();
         const double number = trimmed.toDouble(&ok);
         if (!ok)
-            throw RuntimeFailure(QStringLiteral("Type mismatch in %1").arg(info.name).toStdString());
+            throw RuntimeFailure(
+                QStringLiteral("Type mismatch in %1").arg(info.name).toStdString());
         return QString::number(qint64(std::llround(number)));
     }
     if (info.limit > 0 && value.size() > info.limit)

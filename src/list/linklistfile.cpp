@@ -1,8 +1,8 @@
 #include "list/linklistfile.h"
 
-#include "prompts/prompts.h"
 #include "list/downloadlist.h"
 #include "list/sitetable.h"
+#include "prompts/prompts.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -111,11 +111,12 @@ Reading RapidShareRecipe::readDownloadPage(const QString &page, const QString &l
         const QString name = afterLast(link, QStringLiteral("/"));
         if (name.isNull()) {
             // The number is written with the blank a sign would take.
-            row.set(Field::LocalFile, QStringLiteral("Rapid ") +
-                                          QString::number(QRandomGenerator::global()->bounded(10000)));
-        } else {
             row.set(Field::LocalFile,
-                    cleanFileName(QString(name).remove(QStringLiteral(".html"), Qt::CaseInsensitive)));
+                    QStringLiteral("Rapid ") +
+                        QString::number(QRandomGenerator::global()->bounded(10000)));
+        } else {
+            row.set(Field::LocalFile, cleanFileName(QString(name).remove(QStringLiteral(".html"),
+                                                                         Qt::CaseInsensitive)));
         }
 
         // 4. The size as the page gives it in KB, "?" where it doesn't.

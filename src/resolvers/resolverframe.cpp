@@ -23,8 +23,8 @@ PollResult poll(RecipeSite &site, XmlHttpRequest &request)
         for (int pump = 0; pump < kPumpsPerRound; ++pump) {
             // Once the round's answer is known there is nothing to wait for:
             // the remaining pumps only run what is already queued.
-            const bool settled = request.readyState() == XmlHttpRequest::Done ||
-                                 site.stopAsked() || guard.bTimeOut;
+            const bool settled =
+                request.readyState() == XmlHttpRequest::Done || site.stopAsked() || guard.bTimeOut;
             QCoreApplication::processEvents(settled ? QEventLoop::AllEvents
                                                     : QEventLoop::AllEvents |
                                                           QEventLoop::WaitForMoreEvents);

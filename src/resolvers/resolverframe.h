@@ -37,8 +37,8 @@ void pollToTheEnd(XmlHttpRequest &request);
 
 // What an answer whose status isn't 200 means to a recipe.
 enum class OnBadStatus {
-    ConnectionFailure, // "Connection Error", then the next link (the frame's rule)
-    Error,             // "Error", then the next link
+    ConnectionFailure,     // "Connection Error", then the next link (the frame's rule)
+    Error,                 // "Error", then the next link
     ConnectionErrorAtRest, // "Connection Error", and the queue rests on the row
 };
 

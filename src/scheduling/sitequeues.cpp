@@ -39,8 +39,8 @@ void SiteContext::handOff()
     if (!addressField)
         throw RuntimeFailure("Item cannot be found in the collection");
     const QString url = cursor.field(*addressField);
-    const QString path = cursor.field(Field::LocalFilePath) + QLatin1Char('/') +
-                         cursor.field(Field::LocalFile);
+    const QString path =
+        cursor.field(Field::LocalFilePath) + QLatin1Char('/') + cursor.field(Field::LocalFile);
     cursor.setField(Field::Status, StatusText::Connecting);
     startTransfer(url, path, textToSize(cursor.field(Field::FileSize)));
 }
@@ -60,8 +60,7 @@ void SiteContext::continueQueue()
 
 // ---- SiteQueues ----
 
-SiteQueues::SiteQueues(DownloadList &list, Prompts *prompts, RecipeTable recipes,
-                       QObject *parent)
+SiteQueues::SiteQueues(DownloadList &list, Prompts *prompts, RecipeTable recipes, QObject *parent)
     : QObject(parent), m_list(list), m_prompts(prompts), m_recipes(std::move(recipes))
 {
     for (const Sites::Site &info : Sites::all()) {

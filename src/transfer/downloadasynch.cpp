@@ -1,8 +1,8 @@
 #include "transfer/downloadasynch.h"
 
-#include "prompts/prompts.h"
 #include "list/formats.h"
 #include "list/statustext.h"
+#include "prompts/prompts.h"
 #include "system/filefolder.h"
 #include "transfer/bytesearch.h"
 

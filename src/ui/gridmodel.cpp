@@ -1,7 +1,7 @@
 #include "ui/gridmodel.h"
 
-#include "prompts/prompts.h"
 #include "list/downloadlistmodel.h"
+#include "prompts/prompts.h"
 #include "ui/progresscellpainter.h"
 
 #include <QColor>

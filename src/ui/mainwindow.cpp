@@ -1,10 +1,10 @@
 #include "ui/mainwindow.h"
 
 #include "app/appcore.h"
-#include "prompts/prompts.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlistmodel.h"
 #include "list/sitetable.h"
+#include "prompts/prompts.h"
 #include "ui/griddelegate.h"
 #include "ui/gridmodel.h"
 #include "ui/gridview.h"

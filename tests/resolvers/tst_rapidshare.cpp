@@ -25,7 +25,6 @@ QList<FailureMatrix::Step> steps()
             {"post", FakeRapidShare::postPath("2001", "bad.bin")}};
 }
 
-
 } // namespace
 
 class TestRapidShare : public QObject
@@ -48,8 +47,8 @@ private slots:
         QTest::addColumn<QString>("address");
 
         const QString a = QStringLiteral("http://127.0.0.1:9/post/1/a");
-        QTest::newRow("site's page") << text(FakeRapidShare::filePage(a, "a")) << int(Kind::Form)
-                                     << a;
+        QTest::newRow("site's page")
+            << text(FakeRapidShare::filePage(a, "a")) << int(Kind::Form) << a;
         QTest::newRow("any case") << "<FORM ID=\"FF\" ACTION=\"http://h/p\" METHOD=\"POST\">"
                                   << int(Kind::Form) << "http://h/p";
         QTest::newRow("gone, two blanks")
@@ -196,9 +195,10 @@ private slots:
         QByteArrayList order;
         for (const auto &r : requests)
             order << r.method + ' ' + r.path;
-        QCOMPARE(order, (QByteArrayList{"GET /files/1001/report.pdf.html", "POST /post/1001/report.pdf",
-                                        "GET /file/1001/report.pdf", "GET /files/1002/notes.txt.html",
-                                        "POST /post/1002/notes.txt", "GET /file/1002/notes.txt"}));
+        QCOMPARE(order,
+                 (QByteArrayList{"GET /files/1001/report.pdf.html", "POST /post/1001/report.pdf",
+                                 "GET /file/1001/report.pdf", "GET /files/1002/notes.txt.html",
+                                 "POST /post/1002/notes.txt", "GET /file/1002/notes.txt"}));
         QCOMPARE(requests.at(1).body, QByteArray("dl.start=Free"));
         QCOMPARE(requests.at(1).header("Content-length"), QByteArray("13"));
     }
@@ -208,9 +208,9 @@ private slots:
     void failures()
     {
         FakeRapidShare fake;
-        FailureMatrix::run(kSite, steps(), fake,
-                           {fake.addFile("2001", "bad.bin", "never"),
-                            fake.addFile("2002", "good.bin", "good")});
+        FailureMatrix::run(
+            kSite, steps(), fake,
+            {fake.addFile("2001", "bad.bin", "never"), fake.addFile("2002", "good.bin", "good")});
     }
 
     // What the pages themselves can say.
@@ -221,7 +221,9 @@ private slots:
         QTest::addColumn<QString>("row"); // Status|WaitTimeInSec|ErrorDesc
         QTest::addColumn<bool>("nextLink");
         auto row = [](const char *name, int step, const QByteArray &page, const char *fields,
-                      bool next) { QTest::newRow(name) << step << text(page) << QString(fields) << next; };
+                      bool next) {
+            QTest::newRow(name) << step << text(page) << QString(fields) << next;
+        };
         row("page of a gone file", 0, FakeRapidShare::goneFirstPage(), "Not Found|0|", true);
         row("page without the form", 0, FakeRapidShare::noFormPage(), "Connection Error|0|", true);
         row("post: file gone", 1, FakeRapidShare::goneErrorPage(),
@@ -269,8 +271,9 @@ private slots:
         const QByteArray post = FakeRapidShare::postPath("5001", "later.bin");
         const QString direct = site.url(FakeRapidShare::filePath("5001", "later.bin"));
         site.server().setAnswers(
-            post, {FakeSite::html(text(FakeRapidShare::minutesErrorPage("3 "))),
-                   FakeSite::html(text(FakeRapidShare::downloadPage(direct, 1, "1", "later.bin")))});
+            post,
+            {FakeSite::html(text(FakeRapidShare::minutesErrorPage("3 "))),
+             FakeSite::html(text(FakeRapidShare::downloadPage(direct, 1, "1", "later.bin")))});
         // Once the link has been ready, a row whose minutes run out goes
         // straight to the transfer with the address it has; here none, so it
         // ends there.
@@ -338,9 +341,9 @@ private slots:
         QStringList order;
         for (const auto &r : site.server().requests())
             order << QString::fromLatin1(r.method + ' ' + r.pathOnly());
-        QCOMPARE(order.mid(0, 3), (QStringList{"GET /files/8001/one.bin.html",
-                                               "GET /files/8002/two.bin.html",
-                                               "POST /post/8002/two.bin"}));
+        QCOMPARE(order.mid(0, 3),
+                 (QStringList{"GET /files/8001/one.bin.html", "GET /files/8002/two.bin.html",
+                              "POST /post/8002/two.bin"}));
         QVERIFY(order.indexOf("POST /post/8001/one.bin") > 2);
     }
 

@@ -105,10 +105,10 @@ private slots:
             if (how == "span")
                 return what == "-100" ? TextPos::spanToEnd(text, start)
                                       : TextPos::span(text, start, what.toInt());
-            const QString found = how == "between"
-                                      ? TextPos::between(text, what.section(u'|', 0, 0),
-                                                         what.section(u'|', 1), start)
-                                      : TextPos::afterLast(text, what);
+            const QString found =
+                how == "between"
+                    ? TextPos::between(text, what.section(u'|', 0, 0), what.section(u'|', 1), start)
+                    : TextPos::afterLast(text, what);
             return found.isNull() ? QStringLiteral("<null>") : found;
         };
         if (expected == "fails")
@@ -175,7 +175,7 @@ private slots:
     void outcomes_data()
     {
         QTest::addColumn<int>("outcome");
-        QTest::addColumn<QString>("row"); // Status|WaitTimeInSec|ErrorDesc|the next row
+        QTest::addColumn<QString>("row");       // Status|WaitTimeInSec|ErrorDesc|the next row
         QTest::addColumn<int>("timerInterval"); // 0: the timer stays off
         auto row = [](const char *name, int outcome, const char *fields, int timer) {
             QTest::newRow(name) << outcome << QString(fields) << timer;
@@ -188,8 +188,8 @@ private slots:
         row("minutes", 5, "Wait 2.5 Minutes|150|old|Waiting", 60000);
         row("seconds", 6, "Wait 42 Seconds|42|old|Waiting", 1000);
         row("minutes of no number fail under the guard", 7, "Error|0|old|Starting...", 0);
-        row("a value too long for its field fails under the guard", 8,
-            "Error|0|old|Starting...", 0);
+        row("a value too long for its field fails under the guard", 8, "Error|0|old|Starting...",
+            0);
         row("a reading's own failure word", 9, "Connection Error|0|old|Starting...", 0);
     }
 
@@ -211,8 +211,12 @@ private slots:
             [&] { site.pageError(); },
             [&] { site.longWait(QStringLiteral("2.5")); },
             [&] { site.resolved(42); },
-            [&] { apply(site, readGuarded([](Reading &r) { r.waitMinutes(QStringLiteral(" ")); })); },
-            [&] { apply(site, Reading().set(Field::FileSize, QString(21, u'x')).waitSeconds("1")); },
+            [&] {
+                apply(site, readGuarded([](Reading &r) { r.waitMinutes(QStringLiteral(" ")); }));
+            },
+            [&] {
+                apply(site, Reading().set(Field::FileSize, QString(21, u'x')).waitSeconds("1"));
+            },
             [&] {
                 apply(site, readGuarded([](Reading &) { TextPos::span("x", 0, 1); },
                                         StatusText::ConnectionError));
@@ -237,8 +241,9 @@ private slots:
             r.set(Field::DirectURL, QStringLiteral("http://h/f"));
             TextPos::span(QStringLiteral("x"), 1, -1);
         });
-        QCOMPARE(partial.toString(),
-                 QStringLiteral("DirectURL=http://h/f; Status=Error; WaitTimeInSec=0 => next link"));
+        QCOMPARE(
+            partial.toString(),
+            QStringLiteral("DirectURL=http://h/f; Status=Error; WaitTimeInSec=0 => next link"));
         QCOMPARE(Reading().failAtRest("ERROR").toString(),
                  QStringLiteral("Status=ERROR; WaitTimeInSec=0 => rest"));
         QCOMPARE(Reading().set(Field::LocalFile, "a").transfer().ready(false).toString(),
@@ -290,8 +295,10 @@ private slots:
         QVERIFY(server.listen());
         server.setAnswer(
             "/page", TestServer::Answer::ok("<html>page</html>", "text/html").cutAfterHeader(100));
-        server.setAnswer("/form", TestServer::Answer::ok("gr\xfc\xdf", "text/html; charset=ISO-8859-1"));
-        server.setAnswer("/utf", TestServer::Answer::ok("\xc3\xa9", "text/html; charset=x-nothing"));
+        server.setAnswer("/form",
+                         TestServer::Answer::ok("gr\xfc\xdf", "text/html; charset=ISO-8859-1"));
+        server.setAnswer("/utf",
+                         TestServer::Answer::ok("\xc3\xa9", "text/html; charset=x-nothing"));
 
         XmlHttpRequest request;
         QCOMPARE(request.readyState(), 0);
@@ -391,7 +398,8 @@ private slots:
         for (const auto &[rule, expected] : rules) {
             Frame g;
             RecipeSite other = g.site();
-            QVERIFY(!ResolverFrame::get(other, request, server.url(QStringLiteral("/missing")), rule));
+            QVERIFY(
+                !ResolverFrame::get(other, request, server.url(QStringLiteral("/missing")), rule));
             QCOMPARE(g.at(1, 0) + u'|' + g.at(1, 1), QString(expected));
         }
 
@@ -400,7 +408,8 @@ private slots:
         send(request, server, "/silent");
         QTimer::singleShot(100, [&] { f.context(1).bStop = true; });
         QVERIFY(!ResolverFrame::waitForAnswer(site, request));
-        QCOMPARE(f.fields(1, 0, {Field::Status, Field::WaitTimeInSec}), QStringLiteral("Stopped|0"));
+        QCOMPARE(f.fields(1, 0, {Field::Status, Field::WaitTimeInSec}),
+                 QStringLiteral("Stopped|0"));
         QCOMPARE(f.at(1, 1), QStringLiteral("Waiting"));
         QVERIFY(request.readyState() != 4);
         f.context(1).bStop = false;

@@ -745,8 +745,9 @@ private slots:
             for (int n = 0; n < 2; ++n) {
                 const QByteArray &body = bodies[path(site, n)];
                 QCOMPARE(h.at(site, n, Field::FileSize), sizeToText(body.size()));
-                QCOMPARE(h.fileIn(Sites::site(site).subFolder + QStringLiteral("/file%1.bin").arg(n)),
-                         body);
+                QCOMPARE(
+                    h.fileIn(Sites::site(site).subFolder + QStringLiteral("/file%1.bin").arg(n)),
+                    body);
             }
         }
     }

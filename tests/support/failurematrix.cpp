@@ -59,9 +59,9 @@ void run(int site, const QList<Step> &steps, FakeSite &fake, const QStringList &
 
     h.queues->startDownloadLinks(site, true);
     const bool badStatus = fault == NotFound404 || fault == Closed;
-    const QString word = fault == Stop  ? StatusText::Stopped
-                         : badStatus    ? at.badStatusWord
-                                        : StatusText::ConnectionError;
+    const QString word = fault == Stop ? StatusText::Stopped
+                         : badStatus   ? at.badStatusWord
+                                       : StatusText::ConnectionError;
     const bool next = fault == Silence || (badStatus && at.badStatusNextLink);
     QVERIFY2(h.runUntil([&] { return h.at(site, 0) == word; }, 5000),
              qPrintable(h.history(site, 0).join(u',')));

@@ -7,7 +7,6 @@
 #include <QList>
 #include <QString>
 
-
 // The failures every recipe meets at each of its requests, as one table: an
 // answer with status 404, a connection closed without an answer, silence
 // until the shared time-out, and a stop while the request runs. A recipe's

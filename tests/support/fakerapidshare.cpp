@@ -20,10 +20,10 @@ QString FakeRapidShare::addFile(const QString &id, const QString &name, const QB
 {
     const QByteArray cookie = "enc=" + id.toLatin1();
     page(firstPath(id, name), QString::fromUtf8(filePage(url(postPath(id, name)), name)), cookie);
-    cookieRoute(postPath(id, name), cookie,
-                html(QString::fromUtf8(
-                    downloadPage(url(filePath(id, name)), waitSeconds, sizeKb, name))),
-                html(QString::fromUtf8(noFormPage())));
+    cookieRoute(
+        postPath(id, name), cookie,
+        html(QString::fromUtf8(downloadPage(url(filePath(id, name)), waitSeconds, sizeKb, name))),
+        html(QString::fromUtf8(noFormPage())));
     file(filePath(id, name), content);
     return url(firstPath(id, name));
 }

@@ -19,7 +19,6 @@
 class FakeRapidShare : public FakeSite
 {
 public:
-
     // Puts a file on the site and gives its link.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
                     int waitSeconds = 0, const QString &sizeKb = QStringLiteral("123"));

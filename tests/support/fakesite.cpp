@@ -8,8 +8,9 @@ FakeSite::FakeSite()
 TestServer::Answer FakeSite::html(const QString &page, const QByteArray &setCookie)
 {
     const QByteArray body = page.toUtf8();
-    QList<QPair<QByteArray, QByteArray>> headers{{"Content-Type", "text/html; charset=UTF-8"},
-                                                 {"Content-Length", QByteArray::number(body.size())}};
+    QList<QPair<QByteArray, QByteArray>> headers{
+        {"Content-Type", "text/html; charset=UTF-8"},
+        {"Content-Length", QByteArray::number(body.size())}};
     if (!setCookie.isEmpty())
         headers.append(qMakePair(QByteArray("Set-Cookie"), setCookie + "; path=/"));
     headers.append(qMakePair(QByteArray("Connection"), QByteArray("close")));

@@ -10,8 +10,8 @@ RecipeHarness::RecipeHarness(std::initializer_list<int> realRecipes)
     list.open();
     RecipeTable recipes;
     for (const Sites::Site &site : Sites::all()) {
-        const bool real = std::find(realRecipes.begin(), realRecipes.end(), site.number) !=
-                          realRecipes.end();
+        const bool real =
+            std::find(realRecipes.begin(), realRecipes.end(), site.number) != realRecipes.end();
         if (real && site.makeRecipe) {
             recipes[site.number - 1] = site.makeRecipe();
         } else {
@@ -45,8 +45,7 @@ StandInRecipe &RecipeHarness::standIn(int site)
     return *m_standIns[site - 1];
 }
 
-LinkRow *RecipeHarness::add(int site, const QString &link, const QString &status,
-                            int isDownloading)
+LinkRow *RecipeHarness::add(int site, const QString &link, const QString &status, int isDownloading)
 {
     if (!list.addLinkToList(link, site, &prompts))
         return nullptr;

@@ -8,7 +8,10 @@ void StandInRecipe::resolve(RecipeSite &site)
     struct Depth
     {
         StandInRecipe &r;
-        explicit Depth(StandInRecipe &recipe) : r(recipe) { r.maxDepth = std::max(++r.depth, r.maxDepth); }
+        explicit Depth(StandInRecipe &recipe) : r(recipe)
+        {
+            r.maxDepth = std::max(++r.depth, r.maxDepth);
+        }
         ~Depth() { --r.depth; }
     } depthGuard(*this);
     calls << site.link();
