@@ -57,7 +57,9 @@ bool saveLinkList(const DownloadList &list, const QString &path)
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    if (file.write(text) != text.size()) {
+    // The save file commits even where its last flush failed: a short list
+    // that didn't reach the disk would replace the whole old one.
+    if (file.write(text) != text.size() || !file.flush()) {
         file.cancelWriting();
         return false;
     }

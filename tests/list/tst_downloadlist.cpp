@@ -1,210 +1,175 @@
 #include "fakeprompts.h"
 #include "list/downloadlist.h"
-#include "list/sitetable.h"
+#include "listrows.h"
 
 #include <QtTest>
+
+namespace {
+// An opened list with these links under one site.
+struct Fixture
+{
+    explicit Fixture(int site = 7, int links = 0)
+    {
+        list.open();
+        for (int i = 0; i < links; ++i)
+            list.addLinkToList(QString("hotfile.com/dl/%1/x.rar").arg(i), site, nullptr);
+    }
+    DownloadList list;
+    FakePrompts prompts;
+};
+} // namespace
 
 class TestDownloadList : public QObject
 {
     Q_OBJECT
 private slots:
-    void siteRows();
-    void fieldLimits_data();
-    void fieldLimits();
-    void addLinkDuplicates();
-    void badSiteNumbers_data();
-    void badSiteNumbers();
-    void cursorStaysOnItsRow();
-    void cursorOnDeletedRow();
-    void reopenForgetsOldCursors();
+    void siteRows()
+    {
+        Fixture f(1, 1);
+        QStringList sites;
+        for (int i = 0; i < f.list.siteRowCount(); ++i)
+            sites << QString::number(f.list.siteRowAt(i)->id) + ' ' + f.list.siteRowAt(i)->siteName;
+        QCOMPARE(sites.join(", "),
+                 QString("1 RapidShare, 2 Youtube, 3 MegaUpload, 4 4Shared, "
+                         "5 MediaFire, 6 DepositFiles, 7 HotFile, 8 FileFactory"));
+        // ActiveTotal is fixed when the row is made and never follows the queues.
+        RowCursor rows = f.list.getSiteRecords(1);
+        rows.setField(Field::IsDownloading, 1);
+        QCOMPARE(rows.intField(Field::IsDownloading), 1);
+        QCOMPARE(f.list.siteRowAt(0)->activeTotal, QString("0 Active, 0 Total"));
+    }
+
+    // What a field stores of a text; an empty "stored" means the write fails
+    // and the field keeps its value.
+    void fieldValues_data()
+    {
+        QTest::addColumn<int>("field");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("stored");
+        auto row = [](const char *tag, Field field, const QString &text, const QString &stored) {
+            QTest::newRow(tag) << int(field) << text << stored;
+        };
+        const QString x50(50, 'x');
+        row("Status 50", Field::Status, x50, x50);
+        row("Status 51", Field::Status, x50 + 'x', "");
+        row("FileSize 21", Field::FileSize, QString(21, 'x'), "");
+        row("Speed 20", Field::Speed, QString(20, 'x'), QString(20, 'x'));
+        row("TimeLeft 21", Field::TimeLeft, QString(21, 'x'), "");
+        row("WaitTimeInSec 21", Field::WaitTimeInSec, QString(21, 'x'), "");
+        row("LocalFilePath 255", Field::LocalFilePath, QString(255, 'x'), QString(255, 'x'));
+        row("LocalFilePath 256", Field::LocalFilePath, QString(256, 'x'), "");
+        row("LinkURL long", Field::LinkURL, QString(5000, 'x'), QString(5000, 'x'));
+        row("DirectURL long", Field::DirectURL, QString(5000, 'x'), QString(5000, 'x'));
+        row("number rounded", Field::CheckBox, " 2.5 ", "3");
+        row("not a number", Field::IsDownloading, "yes", "");
+    }
+    void fieldValues()
+    {
+        QFETCH(int, field);
+        QFETCH(QString, text);
+        QFETCH(QString, stored);
+        Fixture f(7, 1);
+        RowCursor rows = f.list.getSiteRecords(7);
+        const QString before = rows.field(Field(field));
+        const bool written = ignoreFailure([&] { rows.setField(Field(field), text); });
+        QCOMPARE(written, !stored.isEmpty());
+        QCOMPARE(rows.field(Field(field)), written ? stored : before);
+    }
+
+    void addLinks()
+    {
+        Fixture f;
+        // A site without rows: the duplicate walk is skipped, the row is added.
+        QVERIFY(f.list.addLinkToList("http://RapidShare.com/files/1/A.zip", 1, &f.prompts));
+        QVERIFY(!f.list.addLinkToList("http://rapidshare.com/files/1/a.zip", 1, &f.prompts));
+        // The same link under another site is no duplicate.
+        QVERIFY(f.list.addLinkToList("http://rapidshare.com/files/1/a.zip", 3, &f.prompts));
+        // A finished row still blocks the same link.
+        RowCursor rows = f.list.getSiteRecords(1);
+        rows.setField(Field::Status, "Complete");
+        QVERIFY(!f.list.addLinkToList("HTTP://RAPIDSHARE.COM/FILES/1/A.ZIP", 1, &f.prompts));
+        // No normalising: a trailing slash makes another link.
+        QVERIFY(f.list.addLinkToList("http://rapidshare.com/files/1/a.zip/", 1, &f.prompts));
+        // Editing a link frees the old text and blocks the new one.
+        rows.moveFirst();
+        rows.setField(Field::LinkURL, "rapidshare.com/files/2/b.zip");
+        QVERIFY(f.list.addLinkToList("http://rapidshare.com/files/1/a.zip", 1, &f.prompts));
+        QVERIFY(!f.list.addLinkToList("RAPIDSHARE.COM/files/2/b.zip", 1, &f.prompts));
+        // Deleting a row frees its link.
+        rows.moveFirst();
+        rows.deleteRow();
+        QVERIFY(f.list.addLinkToList("rapidshare.com/files/2/b.zip", 1, &f.prompts));
+        QVERIFY(f.prompts.balloons.isEmpty());
+        // A number outside 1..8 names no site: the link is refused with a balloon.
+        for (int site : {0, 9, -1}) {
+            QVERIFY_THROWS_EXCEPTION(RuntimeFailure, f.list.getSiteRecords(site));
+            QVERIFY(!f.list.addLinkToList("rapidshare.com/files/1/a.zip", site, &f.prompts));
+        }
+        QCOMPARE(f.prompts.balloons.size(), 3);
+        const FakePrompts::Balloon &b = f.prompts.balloons[2];
+        QCOMPARE(
+            QString("%1 %2: %3").arg(b.kind).arg(b.title, b.text),
+            QString("1 TessalwickDownloadManager: Can not Add link: rapidshare.com/files/1/a.zip"));
+        QCOMPARE(rowsOf(f.list), (QStringList{"1|http://rapidshare.com/files/1/a.zip/",
+                                              "1|http://rapidshare.com/files/1/a.zip",
+                                              "1|rapidshare.com/files/2/b.zip",
+                                              "3|http://rapidshare.com/files/1/a.zip"}));
+
+        // The defaults of a new row.
+        const auto &values = f.list.childAt(3, 0)->values;
+        QCOMPARE(QStringList(values.begin(), values.end()),
+                 (QStringList{"3", "0", "http://rapidshare.com/files/1/a.zip", "?", "Waiting", "?",
+                              "", "", "0", "", "", "0", "", "0"}));
+    }
+
+    // A cursor stays on its row while others come and go; on a deleted row
+    // reads and writes fail and moving goes on from where the row stood;
+    // reopening the list leaves old cursors without rows.
+    void cursors()
+    {
+        Fixture f(7, 5);
+        auto link = [](const RowCursor &c) { return c.field(Field::LinkURL).section('/', 2, 2); };
+        RowCursor cursor = f.list.getSiteRecords(7);
+        cursor.moveNext();
+        cursor.moveNext();
+        RowCursor other = f.list.getSiteRecords(7);
+        other.deleteRow(); // row 0
+        f.list.addLinkToList("hotfile.com/dl/9/x.rar", 7, nullptr);
+        QCOMPARE(link(cursor), QString("2"));
+        QCOMPARE(cursor.recordCount(), 5);
+
+        // Rows 1 2 3 4 9: a queue's cursor on 3 loses its row to another cursor.
+        RowCursor queue = f.list.getSiteRecords(7);
+        queue.moveToIndex(2);
+        RowCursor user = queue;
+        user.deleteRow();
+        QVERIFY(!ignoreFailure([&] { queue.setField(Field::Status, "Complete"); }));
+        QCOMPARE(f.list.childAt(7, 1)->values[int(Field::Status)], QString("Waiting"));
+        QCOMPARE(f.list.childAt(7, 2)->values[int(Field::Status)], QString("Waiting"));
+        queue.moveNext();
+        QCOMPARE(link(queue), QString("4"));
+
+        // Walking on still follows list order.
+        QStringList seen;
+        for (; !cursor.eof(); cursor.moveNext())
+            seen << link(cursor);
+        QCOMPARE(seen, QStringList({"2", "4", "9"}));
+        QVERIFY_THROWS_EXCEPTION(RuntimeFailure, cursor.moveNext());
+        cursor.moveLast();
+        QCOMPARE(link(cursor), QString("9"));
+        cursor.moveFirst();
+        cursor.movePrevious();
+        QVERIFY(cursor.bof());
+        QVERIFY_THROWS_EXCEPTION(RuntimeFailure, cursor.field(Field::Status));
+
+        RowCursor old = f.list.getSiteRecords(7);
+        f.list.open();
+        QCOMPARE((QList<int>{f.list.childCount(7), old.recordCount()}), (QList<int>{0, 0}));
+        QVERIFY(!ignoreFailure([&] { old.setField(Field::Status, "Complete"); }));
+        f.list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);
+        QCOMPARE(old.recordCount(), 0);
+    }
 };
-
-void TestDownloadList::siteRows()
-{
-    DownloadList list;
-    list.open();
-    QCOMPARE(list.siteRowCount(), 8);
-    const QStringList expected = {"RapidShare", "Youtube",      "MegaUpload", "4Shared",
-                                  "MediaFire",  "DepositFiles", "HotFile",    "FileFactory"};
-    for (int i = 0; i < 8; ++i) {
-        QCOMPARE(list.siteRowAt(i)->id, i + 1);
-        QCOMPARE(list.siteRowAt(i)->siteName, expected[i]);
-    }
-    // ActiveTotal is fixed when the row is made and never follows the queues.
-    FakePrompts prompts;
-    QVERIFY(list.addLinkToList("rapidshare.com/files/1/a.zip", 1, &prompts));
-    RowCursor rows = list.getSiteRecords(1);
-    rows.setField(Field::IsDownloading, 1);
-    rows.setField(Field::Status, "45.67");
-    for (int i = 0; i < 8; ++i)
-        QCOMPARE(list.siteRowAt(i)->activeTotal, QString("0 Active, 0 Total"));
-}
-
-void TestDownloadList::fieldLimits_data()
-{
-    QTest::addColumn<int>("field");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<bool>("fits");
-    QTest::newRow("Status 50") << int(Field::Status) << 50 << true;
-    QTest::newRow("Status 51") << int(Field::Status) << 51 << false;
-    QTest::newRow("FileSize 21") << int(Field::FileSize) << 21 << false;
-    QTest::newRow("Speed 20") << int(Field::Speed) << 20 << true;
-    QTest::newRow("TimeLeft 21") << int(Field::TimeLeft) << 21 << false;
-    QTest::newRow("WaitTimeInSec 21") << int(Field::WaitTimeInSec) << 21 << false;
-    QTest::newRow("LocalFilePath 255") << int(Field::LocalFilePath) << 255 << true;
-    QTest::newRow("LocalFilePath 256") << int(Field::LocalFilePath) << 256 << false;
-    QTest::newRow("LinkURL long") << int(Field::LinkURL) << 5000 << true;
-    QTest::newRow("DirectURL long") << int(Field::DirectURL) << 5000 << true;
-}
-
-void TestDownloadList::fieldLimits()
-{
-    QFETCH(int, field);
-    QFETCH(int, length);
-    QFETCH(bool, fits);
-    DownloadList list;
-    list.open();
-    list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);
-    RowCursor rows = list.getSiteRecords(7);
-    const QString before = rows.field(Field(field));
-    const QString text(length, 'x');
-    bool threw = false;
-    try {
-        rows.setField(Field(field), text);
-    } catch (const RuntimeFailure &) {
-        threw = true;
-    }
-    QCOMPARE(threw, !fits);
-    QCOMPARE(rows.field(Field(field)), fits ? text : before);
-}
-
-void TestDownloadList::addLinkDuplicates()
-{
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    // A site without rows: the duplicate walk is skipped, the row is added.
-    QVERIFY(list.addLinkToList("http://RapidShare.com/files/1/A.zip", 1, &prompts));
-    QVERIFY(!list.addLinkToList("http://rapidshare.com/files/1/a.zip", 1, &prompts));
-    QCOMPARE(list.childCount(1), 1);
-    // The same link under another site is no duplicate.
-    QVERIFY(list.addLinkToList("http://rapidshare.com/files/1/a.zip", 3, &prompts));
-    QCOMPARE(list.childCount(3), 1);
-    // A finished row still blocks the same link.
-    RowCursor rows = list.getSiteRecords(1);
-    rows.setField(Field::Status, "Complete");
-    QVERIFY(!list.addLinkToList("HTTP://RAPIDSHARE.COM/FILES/1/A.ZIP", 1, &prompts));
-    // No normalising: a trailing slash makes another link.
-    QVERIFY(list.addLinkToList("http://rapidshare.com/files/1/a.zip/", 1, &prompts));
-    // Editing a link frees the old text and blocks the new one.
-    rows.moveFirst();
-    rows.setField(Field::LinkURL, "rapidshare.com/files/2/b.zip");
-    QVERIFY(list.addLinkToList("http://rapidshare.com/files/1/a.zip", 1, &prompts));
-    QVERIFY(!list.addLinkToList("RAPIDSHARE.COM/files/2/b.zip", 1, &prompts));
-    // Deleting a row frees its link.
-    rows.moveFirst();
-    rows.deleteRow();
-    QVERIFY(list.addLinkToList("rapidshare.com/files/2/b.zip", 1, &prompts));
-    QVERIFY(prompts.balloons.isEmpty());
-
-    // The defaults of a new row.
-    RowCursor hot = list.getSiteRecords(3);
-    QCOMPARE(hot.field(Field::ItemID), QString("3"));
-    QCOMPARE(hot.field(Field::Status), QString("Waiting"));
-    QCOMPARE(hot.field(Field::LocalFile), QString("?"));
-    QCOMPARE(hot.field(Field::FileSize), QString("?"));
-    QCOMPARE(hot.field(Field::WaitTimeInSec), QString("0"));
-    QCOMPARE(hot.intField(Field::IsDownloading), 0);
-    QCOMPARE(hot.intField(Field::CheckBox), 0);
-}
-
-void TestDownloadList::badSiteNumbers_data()
-{
-    QTest::addColumn<int>("site");
-    QTest::newRow("0") << 0;
-    QTest::newRow("9") << 9;
-    QTest::newRow("-1") << -1;
-}
-
-void TestDownloadList::badSiteNumbers()
-{
-    QFETCH(int, site);
-    DownloadList list;
-    list.open();
-    QVERIFY_THROWS_EXCEPTION(RuntimeFailure, list.getSiteRecords(site));
-    FakePrompts prompts;
-    QVERIFY(!list.addLinkToList("rapidshare.com/files/1/a.zip", site, &prompts));
-    QCOMPARE(prompts.balloons.size(), 1);
-    QCOMPARE(prompts.balloons[0].text, QString("Can not Add link: rapidshare.com/files/1/a.zip"));
-    QCOMPARE(prompts.balloons[0].title, QString("TessalwickDownloadManager"));
-    QCOMPARE(prompts.balloons[0].kind, 1);
-}
-
-void TestDownloadList::cursorStaysOnItsRow()
-{
-    DownloadList list;
-    list.open();
-    for (int i = 0; i < 5; ++i)
-        list.addLinkToList(QString("hotfile.com/dl/%1/x.rar").arg(i), 7, nullptr);
-    RowCursor cursor = list.getSiteRecords(7);
-    cursor.moveNext();
-    cursor.moveNext(); // on row 2
-    QCOMPARE(cursor.field(Field::LinkURL), QString("hotfile.com/dl/2/x.rar"));
-
-    // Rows come and go around it.
-    RowCursor other = list.getSiteRecords(7);
-    other.deleteRow(); // row 0
-    list.addLinkToList("hotfile.com/dl/9/x.rar", 7, nullptr);
-    QCOMPARE(cursor.field(Field::LinkURL), QString("hotfile.com/dl/2/x.rar"));
-    QCOMPARE(cursor.recordCount(), 5);
-
-    // Walking from it still follows list order.
-    QStringList seen;
-    for (; !cursor.eof(); cursor.moveNext())
-        seen << cursor.field(Field::LinkURL).section('/', 2, 2);
-    QCOMPARE(seen, QStringList({"2", "3", "4", "9"}));
-    QVERIFY_THROWS_EXCEPTION(RuntimeFailure, cursor.moveNext());
-    cursor.moveLast();
-    QCOMPARE(cursor.field(Field::LinkURL), QString("hotfile.com/dl/9/x.rar"));
-    cursor.moveFirst();
-    cursor.movePrevious();
-    QVERIFY(cursor.bof());
-    QVERIFY_THROWS_EXCEPTION(RuntimeFailure, cursor.field(Field::Status));
-}
-
-void TestDownloadList::cursorOnDeletedRow()
-{
-    DownloadList list;
-    list.open();
-    for (int i = 0; i < 3; ++i)
-        list.addLinkToList(QString("hotfile.com/dl/%1/x.rar").arg(i), 7, nullptr);
-    RowCursor queue = list.getSiteRecords(7);
-    queue.moveNext(); // row 1, the active row of a queue
-    RowCursor user = list.getSiteRecords(7);
-    user.moveNext();
-    user.deleteRow();
-    // Writes through the queue's cursor fail instead of landing on a neighbour.
-    QVERIFY(!ignoreFailure([&] { queue.setField(Field::Status, "Complete"); }));
-    QCOMPARE(list.childAt(7, 0)->values[int(Field::Status)], QString("Waiting"));
-    QCOMPARE(list.childAt(7, 1)->values[int(Field::Status)], QString("Waiting"));
-    // Moving on goes from where the row stood.
-    queue.moveNext();
-    QCOMPARE(queue.field(Field::LinkURL), QString("hotfile.com/dl/2/x.rar"));
-}
-
-void TestDownloadList::reopenForgetsOldCursors()
-{
-    DownloadList list;
-    list.open();
-    list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);
-    RowCursor old = list.getSiteRecords(7);
-    list.open();
-    QCOMPARE(list.childCount(7), 0);
-    QCOMPARE(old.recordCount(), 0);
-    QVERIFY(!ignoreFailure([&] { old.setField(Field::Status, "Complete"); }));
-    list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);
-    QCOMPARE(old.recordCount(), 0);
-}
 
 QTEST_GUILESS_MAIN(TestDownloadList)
 #include "tst_downloadlist.moc"

@@ -6,11 +6,20 @@
 #include <QtTest>
 
 namespace {
-void writeFile(const QString &path, const QByteArray &bytes)
+// Fills a folder from a blank-separated list: "x/" is a folder, "~x" an empty
+// file, anything else a file with data. Gives the number of entries, -1 when
+// one can't be made.
+int populate(const QTemporaryDir &dir, const QString &entries)
 {
-    QFile f(path);
-    QVERIFY2(f.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
-    f.write(bytes);
+    const QStringList names = entries.split(' ', Qt::SkipEmptyParts);
+    for (const QString &name : names) {
+        QFile f(dir.filePath(name.mid(name.startsWith('~') ? 1 : 0)));
+        if (name.endsWith('/') ? !QDir(dir.path()).mkdir(name) : !f.open(QIODevice::WriteOnly))
+            return -1;
+        if (!name.endsWith('/') && !name.startsWith('~'))
+            f.write("data");
+    }
+    return int(names.size());
 }
 } // namespace
 
@@ -18,303 +27,199 @@ class TestFormats : public QObject
 {
     Q_OBJECT
 private slots:
-    void sizes_data();
-    void sizes();
-    void textsToSizes_data();
-    void textsToSizes();
-    void sizeTextsReadBack_data();
-    void sizeTextsReadBack();
-    void times_data();
-    void times();
-    void cleanNames_data();
-    void cleanNames();
-    void uniqueNames_data();
-    void uniqueNames();
-    void folderPaths_data();
-    void folderPaths();
+    // The list's display texts. Each row names its function: "size" is
+    // sizeToText (bytes in), "bytes" textToSize (float out), "time"
+    // secondsToTimeText and "clean" cleanFileName.
+    void texts_data()
+    {
+        QTest::addColumn<QString>("function");
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QString>("output");
+        const char *function = "size";
+        auto row = [&function](const char *input, const char *output) {
+            QByteArray tag = QByteArray(input).replace('\r', "\\r").replace('\n', "\\n");
+            QTest::addRow("%s(%s)", function, tag.replace('\t', "\\t").constData())
+                << QString(function) << QString(input) << QString(output);
+        };
+        row("0", "0 Bytes");
+        row("-5", "-5 Bytes");
+        row("1023", "1023 Bytes");
+        row("1024", "1 KB");
+        row("1536", "1.5 KB");
+        row("1126", "1.1 KB");
+        row("1152", "1.12 KB"); // a tie goes to the even hundredth, down
+        row("1408", "1.38 KB"); // and up
+        row("1153", "1.13 KB");
+        row("1048575", "1024 KB");
+        row("1048576", "1 MB");
+        row("123456789", "117.74 MB");
+        row("1073741823", "1024 MB");
+        row("1073741824", ""); // exactly one GB has no text
+        row("1073741825", "1 GB");
+        row("1610612736", "1.5 GB");
+        row("2147483647", "2 GB");
+        row("5905580032", "5.5 GB");
+
+        function = "bytes";
+        row("1.5 MB", "1572864");
+        row("?", "0");
+        row("", "0");
+        row("12 Bytes", "12");
+        row("2 KB", "2048");
+        row("1 GB", "1073741824");
+        row("3 TB", "0");
+        row("2 kb", "0");
+        row("  2 KB  ", "2048");
+        row("2  KB", "0"); // a double blank leaves no unit
+        row("1.5 KB left", "1536");
+        row("abc KB", "0");
+        row(" KB", "0");
+        row("2047.99 MB", "2147473152"); // single precision drops the low digits
+        row("1e300 GB", "0");
+        // Sizes written as text come back only as exact as their two decimals.
+        row("1.1 KB", "1126.4");
+        row("117.74 MB", "123459336");
+
+        function = "time";
+        row("0", "00:00:00");
+        row("5", "00:00:05");
+        row("0.5", "00:00:01"); // below 61 a half rounds away from zero
+        row("60", "00:00:60");
+        row("60.6", "00:00:61");
+        row("61", "00:01:01");
+        row("61.5", "00:01:02"); // from 61 on ties go to even, up
+        row("62.5", "00:01:02"); // and down
+        row("3599", "00:59:59");
+        row("3599.5", "00:60:00");
+        row("3600", "01:00:00");
+        row("3630", "01:00:30"); // minutes tie to even, down
+        row("3690", "01:01:30"); // and up
+        row("5399", "01:29:59"); // the hour follows the rounded minutes
+        row("5370", "01:29:30");
+        row("5430", "01:30:30");
+        row("7199", "02:59:59");
+        row("7200", "02:00:00");
+        row("360000", "100:00:00");
+
+        function = "clean";
+        row(" a:b?.zip ", "ab.zip");
+        row("x\\y/z.rar", "xyz.rar");
+        row("\"it's\".txt", "its.txt");
+        row("a*<b>|c.avi", "abc.avi");
+        row("one, two.mp3", "one two.mp3");
+        row("a\r\nb\rc\nd", "abcd");
+        row(": name :", "name"); // blanks left by a removal go too
+        row("\tname\t", "\tname\t");
+        row("?*:", "");
+        row("Movie (2009) [HD]-x_y.mkv", "Movie (2009) [HD]-x_y.mkv");
+    }
+    void texts()
+    {
+        QFETCH(QString, function);
+        QFETCH(QString, input);
+        QFETCH(QString, output);
+        if (function == "size")
+            QCOMPARE(sizeToText(input.toLongLong()), output);
+        else if (function == "bytes") // to the bit: QCOMPARE on floats is fuzzy
+            QCOMPARE(QString::number(textToSize(input), 'g', 9),
+                     QString::number(output.toFloat(), 'g', 9));
+        else if (function == "time")
+            QCOMPARE(secondsToTimeText(input.toFloat()), output);
+        else
+            QCOMPARE(cleanFileName(input), output);
+    }
+
+    void uniqueNames_data()
+    {
+        QTest::addColumn<QString>("present");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("unique");
+        auto row = [](const char *tag, const char *present, const char *name, const char *unique) {
+            QTest::newRow(tag) << QString(present) << QString(name) << QString(unique);
+        };
+        row("free", "", "clip.avi", "clip.avi");
+        row("empty file is free", "~clip.avi", "clip.avi", "clip.avi");
+        row("first copy", "clip.avi", "clip.avi", "clip_1.avi");
+        row("second copy", "clip.avi clip_1.avi", "clip.avi", "clip_2.avi");
+        row("empty copy used", "clip.avi ~clip_1.avi", "clip.avi", "clip_1.avi");
+        row("underscore name", "my_file.avi", "my_file.avi", "my_file_1.avi");
+        row("underscore name twice", "my_file.avi my_file_1.avi", "my_file.avi", "my_file_1_1.avi");
+        row("counter counts, rest dropped", "a_3_b.zip", "a_3_b.zip", "a_4.zip");
+        row("counter counts twice", "a_3_b.zip a_4.zip", "a_3_b.zip", "a_5.zip");
+        row("counter without stem", "_7.zip", "_7.zip", "_8.zip");
+        row("decimal counter rounds to even", "v_2.5.zip", "v_2.5.zip", "v_3.zip");
+        row("counter past 16 bits", "a_32767.zip", "a_32767.zip", "a_32768.zip");
+        row("no extension gains a dot", "readme", "readme", "readme_1.");
+        row("no extension, second copy", "readme readme_1.", "readme", "readme_2.");
+        row("last extension only", "archive.tar.gz", "archive.tar.gz", "archive.tar_1.gz");
+    }
+    void uniqueNames()
+    {
+        QFETCH(QString, present);
+        QFETCH(QString, name);
+        QFETCH(QString, unique);
+        QTemporaryDir dir;
+        const int made = populate(dir, present);
+        QCOMPARE(uniqueLocalFileName(dir.filePath(name)), dir.filePath(unique));
+        // Nothing is created or changed on the way.
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), made);
+    }
+
+    void folderPaths_data()
+    {
+        // "%1" stands for a fresh temporary folder holding "present";
+        // "folders" must be folders afterwards, "missing" must not exist.
+        QTest::addColumn<QString>("present");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<bool>("made");
+        QTest::addColumn<QString>("folders");
+        QTest::addColumn<QString>("missing");
+        auto row = [](const char *tag, const char *present, const QString &path, bool made,
+                      const char *folders, const char *missing) {
+            QTest::newRow(tag) << QString(present) << path << made << QString(folders)
+                               << QString(missing);
+        };
+        row("empty", "", "", false, "", "");
+        row("two characters", "", "ab", false, "", "ab");
+        row("root", "", "///", true, "", "");
+        row("one level", "", "%1/new", true, "new", "");
+        row("missing parents", "", "%1/x/y/z", true, "x x/y x/y/z", "");
+        row("existing folder", "old/", "%1/old", true, "old", "");
+        row("partly existing", "old/", "%1/old/a/b", true, "old/a/b", "");
+        row("separator at the end", "", "%1/t/u/", true, "t/u", "");
+        row("doubled separators", "", "%1//p//q", true, "p/q", "");
+        row("file in the way", "f.txt", "%1/f.txt/sub", false, "", "f.txt/sub");
+        row("file at the end", "f.txt", "%1/f.txt", false, "", "");
+        row("made levels remain", "", "%1/kept/" + QString(300, 'n') + "/x", false, "kept",
+            "kept/x");
+    }
+    void folderPaths()
+    {
+        QFETCH(QString, present);
+        QFETCH(QString, path);
+        QFETCH(bool, made);
+        QFETCH(QString, folders);
+        QFETCH(QString, missing);
+        QTemporaryDir dir;
+        QVERIFY(populate(dir, present) >= 0);
+        // Relative paths land in the temporary folder too.
+        const QString savedCurrent = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+        const bool result = makeFolderPath(path.contains("%1") ? path.arg(dir.path()) : path);
+        QDir::setCurrent(savedCurrent);
+
+        QCOMPARE(result, made);
+        for (const QString &folder : folders.split(' ', Qt::SkipEmptyParts))
+            QVERIFY2(QFileInfo(dir.filePath(folder)).isDir(), qPrintable(folder));
+        for (const QString &entry : missing.split(' ', Qt::SkipEmptyParts))
+            QVERIFY2(!QFileInfo::exists(dir.filePath(entry)), qPrintable(entry));
+        // What was there stays as it was.
+        for (const QString &entry : present.split(' ', Qt::SkipEmptyParts)) {
+            const QFileInfo info(dir.filePath(entry));
+            QVERIFY(entry.endsWith('/') ? info.isDir() : info.isFile());
+        }
+    }
 };
-
-void TestFormats::sizes_data()
-{
-    QTest::addColumn<qint64>("bytes");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("zero") << qint64(0) << "0 Bytes";
-    QTest::newRow("negative") << qint64(-5) << "-5 Bytes";
-    QTest::newRow("largest bytes") << qint64(1023) << "1023 Bytes";
-    QTest::newRow("one KB") << qint64(1024) << "1 KB";
-    QTest::newRow("one and a half KB") << qint64(1536) << "1.5 KB";
-    QTest::newRow("two decimals") << qint64(1126) << "1.1 KB";
-    QTest::newRow("tie to even, down") << qint64(1152) << "1.12 KB";
-    QTest::newRow("tie to even, up") << qint64(1408) << "1.38 KB";
-    QTest::newRow("just over a tie") << qint64(1153) << "1.13 KB";
-    QTest::newRow("largest KB rounds up") << qint64(1048575) << "1024 KB";
-    QTest::newRow("one MB") << qint64(1048576) << "1 MB";
-    QTest::newRow("MB with decimals") << qint64(123456789) << "117.74 MB";
-    QTest::newRow("largest MB") << qint64(1073741823) << "1024 MB";
-    QTest::newRow("exactly one GB has no text") << qint64(1073741824) << "";
-    QTest::newRow("just over one GB") << qint64(1073741825) << "1 GB";
-    QTest::newRow("one and a half GB") << qint64(1610612736) << "1.5 GB";
-    QTest::newRow("largest 32-bit") << qint64(2147483647) << "2 GB";
-    QTest::newRow("beyond 32 bits") << qint64(5905580032) << "5.5 GB";
-}
-
-void TestFormats::sizes()
-{
-    QFETCH(qint64, bytes);
-    QFETCH(QString, text);
-    QCOMPARE(sizeToText(bytes), text);
-}
-
-void TestFormats::textsToSizes_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<float>("size");
-
-    QTest::newRow("MB") << "1.5 MB" << 1572864.0f;
-    QTest::newRow("unknown size") << "?" << 0.0f;
-    QTest::newRow("empty") << "" << 0.0f;
-    QTest::newRow("bytes") << "12 Bytes" << 12.0f;
-    QTest::newRow("KB") << "2 KB" << 2048.0f;
-    QTest::newRow("GB") << "1 GB" << 1073741824.0f;
-    QTest::newRow("unknown unit") << "3 TB" << 0.0f;
-    QTest::newRow("unit case counts") << "2 kb" << 0.0f;
-    QTest::newRow("outer blanks trimmed") << "  2 KB  " << 2048.0f;
-    QTest::newRow("double blank leaves no unit") << "2  KB" << 0.0f;
-    QTest::newRow("further parts ignored") << "1.5 KB left" << 1536.0f;
-    QTest::newRow("not a number") << "abc KB" << 0.0f;
-    QTest::newRow("no number") << " KB" << 0.0f;
-    // Single precision drops the low digits of a large size.
-    QTest::newRow("low digits lost") << "2047.99 MB" << 2147473152.0f;
-    QTest::newRow("too large for a single") << "1e300 GB" << 0.0f;
-}
-
-void TestFormats::textsToSizes()
-{
-    QFETCH(QString, text);
-    QFETCH(float, size);
-    QCOMPARE(textToSize(text), size);
-}
-
-// A size goes into the list as text and comes back only as exact as the
-// text's two decimals.
-void TestFormats::sizeTextsReadBack_data()
-{
-    QTest::addColumn<qint64>("bytes");
-    QTest::addColumn<float>("size");
-
-    QTest::newRow("exact") << qint64(1536) << 1536.0f;
-    QTest::newRow("bytes") << qint64(700) << 700.0f;
-    QTest::newRow("rounded KB") << qint64(1126) << 1126.4f;
-    QTest::newRow("rounded MB") << qint64(123456789) << 123459336.0f;
-    QTest::newRow("one GB is lost") << qint64(1073741824) << 0.0f;
-}
-
-void TestFormats::sizeTextsReadBack()
-{
-    QFETCH(qint64, bytes);
-    QFETCH(float, size);
-    QCOMPARE(textToSize(sizeToText(bytes)), size);
-}
-
-void TestFormats::times_data()
-{
-    QTest::addColumn<float>("seconds");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("zero") << 0.0f << "00:00:00";
-    QTest::newRow("five") << 5.0f << "00:00:05";
-    QTest::newRow("half rounds away from zero") << 0.5f << "00:00:01";
-    QTest::newRow("sixty stays seconds") << 60.0f << "00:00:60";
-    QTest::newRow("just under 61") << 60.6f << "00:00:61";
-    QTest::newRow("61") << 61.0f << "00:01:01";
-    QTest::newRow("tie to even, up") << 61.5f << "00:01:02";
-    QTest::newRow("tie to even, down") << 62.5f << "00:01:02";
-    QTest::newRow("3599") << 3599.0f << "00:59:59";
-    QTest::newRow("sixty minutes") << 3599.5f << "00:60:00";
-    QTest::newRow("one hour") << 3600.0f << "01:00:00";
-    QTest::newRow("minutes tie to even, down") << 3630.0f << "01:00:30";
-    QTest::newRow("minutes tie to even, up") << 3690.0f << "01:01:30";
-    QTest::newRow("hour ahead of minutes") << 5399.0f << "01:29:59";
-    QTest::newRow("hour ahead at a tie") << 5370.0f << "01:29:30";
-    QTest::newRow("hour not ahead at a tie") << 5430.0f << "01:30:30";
-    QTest::newRow("7199 hour ahead") << 7199.0f << "02:59:59";
-    QTest::newRow("two hours") << 7200.0f << "02:00:00";
-    QTest::newRow("three-digit hours") << 360000.0f << "100:00:00";
-}
-
-void TestFormats::times()
-{
-    QFETCH(float, seconds);
-    QFETCH(QString, text);
-    QCOMPARE(secondsToTimeText(seconds), text);
-}
-
-void TestFormats::cleanNames_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("clean");
-
-    QTest::newRow("colon, question mark, blanks") << " a:b?.zip "
-                                                  << "ab.zip";
-    QTest::newRow("slashes") << "x\\y/z.rar"
-                             << "xyz.rar";
-    QTest::newRow("quotes") << "\"it's\".txt"
-                            << "its.txt";
-    QTest::newRow("wildcards and redirects") << "a*<b>|c.avi"
-                                             << "abc.avi";
-    QTest::newRow("comma") << "one, two.mp3"
-                           << "one two.mp3";
-    QTest::newRow("line breaks") << "a\r\nb\rc\nd"
-                                 << "abcd";
-    QTest::newRow("blanks left by removal trimmed") << ": name :"
-                                                    << "name";
-    QTest::newRow("tabs stay") << "\tname\t"
-                               << "\tname\t";
-    QTest::newRow("only removed characters") << "?*:"
-                                             << "";
-    QTest::newRow("untouched") << "Movie (2009) [HD]-x_y.mkv"
-                               << "Movie (2009) [HD]-x_y.mkv";
-}
-
-void TestFormats::cleanNames()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, clean);
-    QCOMPARE(cleanFileName(name), clean);
-}
-
-void TestFormats::uniqueNames_data()
-{
-    QTest::addColumn<QStringList>("filled");
-    QTest::addColumn<QStringList>("empty");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("unique");
-
-    const QStringList none;
-    QTest::newRow("free") << none << none << "clip.avi"
-                          << "clip.avi";
-    QTest::newRow("empty file is free") << none << QStringList{"clip.avi"} << "clip.avi"
-                                        << "clip.avi";
-    QTest::newRow("first copy") << QStringList{"clip.avi"} << none << "clip.avi"
-                                << "clip_1.avi";
-    QTest::newRow("second copy") << QStringList{"clip.avi", "clip_1.avi"} << none << "clip.avi"
-                                 << "clip_2.avi";
-    QTest::newRow("empty copy used")
-        << QStringList{"clip.avi"} << QStringList{"clip_1.avi"} << "clip.avi"
-        << "clip_1.avi";
-    QTest::newRow("underscore name") << QStringList{"my_file.avi"} << none << "my_file.avi"
-                                     << "my_file_1.avi";
-    QTest::newRow("underscore name twice")
-        << QStringList{"my_file.avi", "my_file_1.avi"} << none << "my_file.avi"
-        << "my_file_1_1.avi";
-    QTest::newRow("counter counts, rest dropped") << QStringList{"a_3_b.zip"} << none << "a_3_b.zip"
-                                                  << "a_4.zip";
-    QTest::newRow("counter counts twice")
-        << QStringList{"a_3_b.zip", "a_4.zip"} << none << "a_3_b.zip"
-        << "a_5.zip";
-    QTest::newRow("counter without stem") << QStringList{"_7.zip"} << none << "_7.zip"
-                                          << "_8.zip";
-    QTest::newRow("decimal counter rounds to even")
-        << QStringList{"v_2.5.zip"} << none << "v_2.5.zip"
-        << "v_3.zip";
-    QTest::newRow("counter past 16 bits") << QStringList{"a_32767.zip"} << none << "a_32767.zip"
-                                          << "a_32768.zip";
-    QTest::newRow("no extension gains a dot") << QStringList{"readme"} << none << "readme"
-                                              << "readme_1.";
-    QTest::newRow("no extension, second copy")
-        << QStringList{"readme", "readme_1."} << none << "readme"
-        << "readme_2.";
-    QTest::newRow("last extension only")
-        << QStringList{"archive.tar.gz"} << none << "archive.tar.gz"
-        << "archive.tar_1.gz";
-}
-
-void TestFormats::uniqueNames()
-{
-    QFETCH(QStringList, filled);
-    QFETCH(QStringList, empty);
-    QFETCH(QString, name);
-    QFETCH(QString, unique);
-
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    for (const QString &file : filled)
-        writeFile(dir.filePath(file), "data");
-    for (const QString &file : empty)
-        writeFile(dir.filePath(file), QByteArray());
-
-    QCOMPARE(uniqueLocalFileName(dir.filePath(name)), dir.filePath(unique));
-    // Nothing is created or changed on the way.
-    QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), filled.size() + empty.size());
-}
-
-void TestFormats::folderPaths_data()
-{
-    // "%1" stands for a fresh temporary folder; "files" and "folders" exist
-    // beforehand below it.
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QStringList>("folders");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<bool>("made");
-    QTest::addColumn<QStringList>("existAfter");
-    QTest::addColumn<QStringList>("missingAfter");
-
-    const QStringList none;
-    const QString tooLong(300, QLatin1Char('n'));
-
-    QTest::newRow("empty") << none << none << "" << false << none << none;
-    QTest::newRow("two characters") << none << none << "ab" << false << none << QStringList{"ab"};
-    QTest::newRow("root") << none << none << "///" << true << none << none;
-    QTest::newRow("one level") << none << none << "%1/new" << true << QStringList{"new"} << none;
-    QTest::newRow("missing parents")
-        << none << none << "%1/x/y/z" << true << QStringList{"x", "x/y", "x/y/z"} << none;
-    QTest::newRow("existing folder")
-        << none << QStringList{"old"} << "%1/old" << true << QStringList{"old"} << none;
-    QTest::newRow("partly existing")
-        << none << QStringList{"old"} << "%1/old/a/b" << true << QStringList{"old/a/b"} << none;
-    QTest::newRow("separator at the end")
-        << none << none << "%1/t/u/" << true << QStringList{"t/u"} << none;
-    QTest::newRow("doubled separators")
-        << none << none << "%1//p//q" << true << QStringList{"p/q"} << none;
-    QTest::newRow("file in the way") << QStringList{"f.txt"} << none << "%1/f.txt/sub" << false
-                                     << none << QStringList{"f.txt/sub"};
-    QTest::newRow("file at the end")
-        << QStringList{"f.txt"} << none << "%1/f.txt" << false << none << none;
-    QTest::newRow("made levels remain") << none << none << "%1/kept/" + tooLong + "/x" << false
-                                        << QStringList{"kept"} << QStringList{"kept/x"};
-}
-
-void TestFormats::folderPaths()
-{
-    QFETCH(QStringList, files);
-    QFETCH(QStringList, folders);
-    QFETCH(QString, path);
-    QFETCH(bool, made);
-    QFETCH(QStringList, existAfter);
-    QFETCH(QStringList, missingAfter);
-
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    // Relative paths land in the temporary folder too.
-    const QString savedCurrent = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(dir.path()));
-    for (const QString &folder : folders)
-        QVERIFY(QDir(dir.path()).mkpath(folder));
-    for (const QString &file : files)
-        writeFile(dir.filePath(file), "data");
-
-    const bool result = makeFolderPath(path.contains("%1") ? path.arg(dir.path()) : path);
-    QDir::setCurrent(savedCurrent);
-
-    QCOMPARE(result, made);
-    for (const QString &folder : existAfter)
-        QVERIFY2(QFileInfo(dir.filePath(folder)).isDir(), qPrintable(folder));
-    for (const QString &entry : missingAfter)
-        QVERIFY2(!QFileInfo::exists(dir.filePath(entry)), qPrintable(entry));
-    for (const QString &file : files)
-        QVERIFY2(QFileInfo(dir.filePath(file)).isFile(), qPrintable(file));
-}
 
 QTEST_GUILESS_MAIN(TestFormats)
 #include "tst_formats.moc"

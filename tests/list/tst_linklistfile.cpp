@@ -1,13 +1,15 @@
 #include "fakeprompts.h"
 #include "list/downloadlist.h"
 #include "list/linklistfile.h"
+#include "listrows.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
-namespace {
-const QString kCorrupted = "LinkList.lq is corrupted, Last saved list will not be loaded";
+#include <csignal>
+#include <sys/resource.h>
 
+namespace {
 QByteArray readAll(const QString &path)
 {
     QFile f(path);
@@ -21,8 +23,10 @@ void writeAll(const QString &path, const QByteArray &bytes)
     f.write(bytes);
 }
 
-QByteArray record(const char *id, const char *link, const char *file, const char *status,
-                  const char *size, const char *folder)
+// One row as the file holds it.
+QByteArray record(const char *id, const char *link, const QByteArray &file = "?",
+                  const QByteArray &status = "Waiting", const char *size = "?",
+                  const char *folder = "")
 {
     return QByteArray(id) + "\r\n" + link + "\r\n" + file + "\r\n" + status + "\r\n" + size +
            "\r\n" + folder + "\r\n";
@@ -32,187 +36,160 @@ QByteArray record(const char *id, const char *link, const char *file, const char
 class TestLinkListFile : public QObject
 {
     Q_OBJECT
-private slots:
-    void init();
-    void roundTrip();
-    void emptyListLeavesNoFile();
-    void readOnlyFileReplaced();
-    void failedSaveKeepsOldFile();
-    void damagedFiles_data();
-    void damagedFiles();
-    void otherSiteNumbersVanish();
-
-private:
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_path;
-};
+    FakePrompts m_prompts;
 
-void TestLinkListFile::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_path = m_dir->filePath("LinkList.lq");
-}
-
-void TestLinkListFile::roundTrip()
-{
-    DownloadList list;
-    list.open();
-    list.addLinkToList("hotfile.com/dl/1/b.rar", 7, nullptr);
-    list.addLinkToList("rapidshare.com/files/1/a.zip", 1, nullptr);
-    list.addLinkToList("rapidshare.com/files/2/ä ö.zip", 1, nullptr);
-    RowCursor rows = list.getSiteRecords(1);
-    rows.setField(Field::LocalFile, "a.zip");
-    rows.setField(Field::Status, "Stopped(45%)");
-    rows.setField(Field::FileSize, "1.5 MB");
-    rows.setField(Field::LocalFilePath, "/home/u/Sharing Downloads/RapidShare");
-    rows.setField(Field::CheckBox, 1);
-    rows.setField(Field::DirectURL, "http://rs1.example/a.zip");
-    rows.setField(Field::WaitTimeInSec, "12");
-    rows.setField(Field::IsDownloading, 1);
-    rows.setField(Field::Speed, "10 KB/s");
-
-    QVERIFY(LinkListFile::saveLinkList(list, m_path));
-    const QByteArray bytes = readAll(m_path);
-    // Sites in number order, six CR LF lines a row, a final line end.
-    QVERIFY(bytes.startsWith("1\r\nrapidshare.com/files/1/a.zip\r\na.zip\r\nStopped(45%)\r\n1.5 "
-                             "MB\r\n/home/u/Sharing Downloads/RapidShare\r\n1\r\n"));
-    QVERIFY(bytes.endsWith("7\r\nhotfile.com/dl/1/b.rar\r\n?\r\nWaiting\r\n?\r\n\r\n"));
-    QCOMPARE(bytes.count("\r\n"), 18);
-    QCOMPARE(bytes.count('\n'), 18);
-
-    DownloadList loaded;
-    loaded.open();
-    FakePrompts prompts;
-    LinkListFile::loadLinkList(loaded, m_path, &prompts);
-    QVERIFY(prompts.messages.isEmpty());
-    QCOMPARE(loaded.childCount(1), 2);
-    QCOMPARE(loaded.childCount(7), 1);
-    RowCursor back = loaded.getSiteRecords(1);
-    QCOMPARE(back.field(Field::LinkURL), QString("rapidshare.com/files/1/a.zip"));
-    QCOMPARE(back.field(Field::LocalFile), QString("a.zip"));
-    QCOMPARE(back.field(Field::Status), QString("Stopped(45%)"));
-    QCOMPARE(back.field(Field::FileSize), QString("1.5 MB"));
-    QCOMPARE(back.field(Field::LocalFilePath), QString("/home/u/Sharing Downloads/RapidShare"));
-    // Fields not stored come back with their defaults.
-    QCOMPARE(back.intField(Field::CheckBox), 0);
-    QCOMPARE(back.field(Field::DirectURL), QString());
-    QCOMPARE(back.field(Field::WaitTimeInSec), QString("0"));
-    QCOMPARE(back.intField(Field::IsDownloading), 0);
-    QCOMPARE(back.field(Field::Speed), QString());
-    back.moveNext();
-    QCOMPARE(back.field(Field::LinkURL), QString("rapidshare.com/files/2/ä ö.zip"));
-    QCOMPARE(back.field(Field::LocalFile), QString("?"));
-}
-
-void TestLinkListFile::emptyListLeavesNoFile()
-{
-    writeAll(m_path, record("1", "rapidshare.com/files/1/a.zip", "?", "Waiting", "?", ""));
-    DownloadList list;
-    list.open();
-    QVERIFY(LinkListFile::saveLinkList(list, m_path));
-    QVERIFY(!QFile::exists(m_path));
-    // And the next start says nothing.
-    FakePrompts prompts;
-    LinkListFile::loadLinkList(list, m_path, &prompts);
-    QVERIFY(prompts.messages.isEmpty());
-}
-
-void TestLinkListFile::readOnlyFileReplaced()
-{
-    writeAll(m_path, record("1", "rapidshare.com/files/old/a.zip", "?", "Waiting", "?", ""));
-    QFile::setPermissions(m_path, QFile::ReadOwner);
-    DownloadList list;
-    list.open();
-    list.addLinkToList("hotfile.com/dl/1/b.rar", 7, nullptr);
-    QVERIFY(LinkListFile::saveLinkList(list, m_path));
-    QCOMPARE(readAll(m_path), record("7", "hotfile.com/dl/1/b.rar", "?", "Waiting", "?", ""));
-    QVERIFY(QFileInfo(m_path).isWritable());
-}
-
-void TestLinkListFile::failedSaveKeepsOldFile()
-{
-    const QByteArray before =
-        record("1", "rapidshare.com/files/old/a.zip", "?", "Waiting", "?", "");
-    writeAll(m_path, before);
-    // A folder that can't be written: the save fails and the old list stays whole.
-    QFile::setPermissions(m_dir->path(), QFile::ReadOwner | QFile::ExeOwner);
-    DownloadList list;
-    list.open();
-    list.addLinkToList("hotfile.com/dl/1/b.rar", 7, nullptr);
-    const bool saved = LinkListFile::saveLinkList(list, m_path);
-    QFile::setPermissions(m_dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    if (saved)
-        QSKIP("running with rights that ignore folder permissions");
-    QCOMPARE(readAll(m_path), before);
-}
-
-void TestLinkListFile::damagedFiles_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<bool>("message");
-    QTest::addColumn<int>("rowsKept");
-
-    const QByteArray good = record("1", "rapidshare.com/files/1/a.zip", "?", "Waiting", "?", "");
-    QTest::newRow("5 lines") << QByteArray("1\r\na\r\nb\r\nc\r\nd\r\n") << false << 0;
-    QTest::newRow("6 lines, no final end")
-        << QByteArray("1\r\nrapidshare.com/files/1/a.zip\r\n?\r\nWaiting\r\n?\r\n") << false << 0;
-    QTest::newRow("7 lines") << good + "2\r\n" << true << 0;
-    QTest::newRow("zero length") << QByteArray() << true << 0;
-    QTest::newRow("lone LF does not cut")
-        << QByteArray("1\nrapidshare.com/files/1/a.zip\n?\nWaiting\n?\n\n") << false << 0;
-    QTest::newRow("ItemID not a number")
-        << good + record("x", "hotfile.com/dl/1/b.rar", "?", "Waiting", "?", "") << true << 1;
-    QTest::newRow("Status of 51 characters")
-        << good +
-               record("7", "hotfile.com/dl/1/b.rar", "?", QByteArray(51, 's').constData(), "?",
-                      "") +
-               record("7", "hotfile.com/dl/2/c.rar", "?", "Waiting", "?", "")
-        << true << 1;
-    QTest::newRow("Status of 50 characters")
-        << good +
-               record("7", "hotfile.com/dl/1/b.rar", "?", QByteArray(50, 's').constData(), "?", "")
-        << false << 2;
-}
-
-void TestLinkListFile::damagedFiles()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(bool, message);
-    QFETCH(int, rowsKept);
-    writeAll(m_path, content);
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    LinkListFile::loadLinkList(list, m_path, &prompts);
-    QCOMPARE(prompts.messages.size(), message ? 1 : 0);
-    if (message) {
-        QCOMPARE(prompts.messages[0].text, kCorrupted);
-        QCOMPARE(prompts.messages[0].icon, Prompts::Icon::Critical);
-        QCOMPARE(prompts.messages[0].buttons, Prompts::Buttons::Ok);
+    // Opens the list afresh and loads the file into it.
+    void load(DownloadList &list)
+    {
+        list.open();
+        m_prompts.clear();
+        LinkListFile::loadLinkList(list, m_path, &m_prompts);
     }
-    int rows = 0;
-    for (int site = 1; site <= 8; ++site)
-        rows += list.childCount(site);
-    QCOMPARE(rows, rowsKept);
-    // The file itself is left as it was.
-    QCOMPARE(readAll(m_path), content);
-}
 
-void TestLinkListFile::otherSiteNumbersVanish()
-{
-    writeAll(m_path,
-             record("9", "example.com/x/y", "?", "Waiting", "?", "") +
-                 record("2", "youtube.com/watch?v=abc", "clip.flv", "Complete", "2 MB", "/tmp"));
-    DownloadList list;
-    list.open();
-    FakePrompts prompts;
-    LinkListFile::loadLinkList(list, m_path, &prompts);
-    QVERIFY(prompts.messages.isEmpty());
-    QCOMPARE(list.childCount(2), 1);
-    QVERIFY(LinkListFile::saveLinkList(list, m_path));
-    QCOMPARE(readAll(m_path),
-             record("2", "youtube.com/watch?v=abc", "clip.flv", "Complete", "2 MB", "/tmp"));
-}
+private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_path = m_dir->filePath("LinkList.lq");
+    }
+
+    void roundTrip()
+    {
+        DownloadList list;
+        list.open();
+        list.addLinkToList("hotfile.com/dl/1/b.rar", 7, nullptr);
+        list.addLinkToList("rapidshare.com/files/1/a.zip", 1, nullptr);
+        list.addLinkToList("rapidshare.com/files/2/ä ö.zip", 1, nullptr);
+        RowCursor rows = list.getSiteRecords(1);
+        rows.setField(Field::LocalFile, "a.zip");
+        rows.setField(Field::Status, "Stopped(45%)");
+        rows.setField(Field::FileSize, "1.5 MB");
+        rows.setField(Field::LocalFilePath, "/home/u/Sharing Downloads/RapidShare");
+        // Fields the file does not hold.
+        rows.setField(Field::CheckBox, 1);
+        rows.setField(Field::DirectURL, "http://rs1.example/a.zip");
+
+        QVERIFY(LinkListFile::saveLinkList(list, m_path));
+        // Sites in number order, six CR LF lines a row, UTF-8 text.
+        QCOMPARE(readAll(m_path),
+                 record("1", "rapidshare.com/files/1/a.zip", "a.zip", "Stopped(45%)", "1.5 MB",
+                        "/home/u/Sharing Downloads/RapidShare") +
+                     record("1", "rapidshare.com/files/2/ä ö.zip") +
+                     record("7", "hotfile.com/dl/1/b.rar"));
+
+        DownloadList loaded;
+        load(loaded);
+        QVERIFY(m_prompts.messages.isEmpty());
+        QCOMPARE(rowsOf(loaded), rowsOf(list));
+        // The stored fields come back as saved, the others with their defaults.
+        const auto &values = loaded.childAt(1, 0)->values;
+        QCOMPARE(QStringList(values.begin(), values.end()),
+                 (QStringList{"1", "0", "rapidshare.com/files/1/a.zip", "a.zip", "Stopped(45%)",
+                              "1.5 MB", "", "", "0", "", "/home/u/Sharing Downloads/RapidShare",
+                              "0", "", "0"}));
+    }
+
+    // A read-only file is replaced by an ordinary one; an empty list removes
+    // the file, read-only or not, and the next start says nothing.
+    void replaceAndRemove()
+    {
+        writeAll(m_path, record("1", "rapidshare.com/files/old/a.zip"));
+        QFile::setPermissions(m_path, QFile::ReadOwner);
+        DownloadList list;
+        list.open();
+        list.addLinkToList("hotfile.com/dl/1/b.rar", 7, nullptr);
+        QVERIFY(LinkListFile::saveLinkList(list, m_path));
+        QCOMPARE(readAll(m_path), record("7", "hotfile.com/dl/1/b.rar"));
+        QVERIFY(QFile::permissions(m_path) & QFile::WriteOwner);
+
+        QFile::setPermissions(m_path, QFile::ReadOwner);
+        list.open();
+        QVERIFY(LinkListFile::saveLinkList(list, m_path));
+        QVERIFY(!QFile::exists(m_path));
+        QVERIFY(LinkListFile::saveLinkList(list, m_path));
+        QVERIFY(!QFile::exists(m_path));
+        load(list);
+        QVERIFY(m_prompts.messages.isEmpty());
+    }
+
+    // A save cut short, here by the file size limit, leaves the old list whole
+    // and no half-written file behind, whether the write itself or the final
+    // flush of a small list fails.
+    void failedSaveKeepsOldFile_data()
+    {
+        QTest::addColumn<int>("linkSize");
+        QTest::newRow("write fails") << 20000;
+        QTest::newRow("final flush fails") << 200;
+    }
+    void failedSaveKeepsOldFile()
+    {
+        QFETCH(int, linkSize);
+        const QByteArray before = record("1", "rapidshare.com/files/old/a.zip");
+        writeAll(m_path, before);
+        DownloadList list;
+        list.open();
+        list.addLinkToList("hotfile.com/dl/1/" + QString(linkSize, 'b'), 7, nullptr);
+        rlimit saved{};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &saved), 0);
+        const rlimit small{rlim_t(2 * before.size()), saved.rlim_max};
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+        const bool ok = LinkListFile::saveLinkList(list, m_path);
+        setrlimit(RLIMIT_FSIZE, &saved);
+        std::signal(SIGXFSZ, handler);
+        QVERIFY(!ok);
+        QCOMPARE(readAll(m_path), before);
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList{"LinkList.lq"});
+    }
+
+    void damagedFiles_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("message");
+        QTest::addColumn<QString>("kept"); // the rows loaded, as "site|link"
+        auto row = [](const char *tag, const QByteArray &content, bool message, const char *kept) {
+            QTest::newRow(tag) << content << message << QString(kept);
+        };
+        const QByteArray good = record("1", "r/1");
+        const QByteArray status51(51, 's');
+        row("5 lines", "1\r\na\r\nb\r\nc\r\nd\r\n", false, "");
+        row("6 lines, no final end", "1\r\nr/1\r\n?\r\nWaiting\r\n?\r\n", false, "");
+        row("7 lines", good + "2\r\n", true, "");
+        row("zero length", "", true, "");
+        row("lone LF does not cut", "1\nr/1\n?\nWaiting\n?\n\n", false, "");
+        row("ItemID not a number", good + record("x", "h/1"), true, "1|r/1");
+        row("Status of 51 characters",
+            good + record("7", "h/1", "?", status51) + record("7", "h/2"), true, "1|r/1");
+        row("Status of 50 characters", good + record("7", "h/1", "?", QByteArray(50, 's')), false,
+            "1|r/1 7|h/1");
+        // A row of no site is dropped, but its texts must still fit.
+        row("other site",
+            record("9", "x/1") + record("2", "y/1", "a.flv", "Complete", "2 MB", "/tmp"), false,
+            "2|y/1");
+        row("other site, Status too long", good + record("9", "x/1", "?", status51), true, "1|r/1");
+    }
+    void damagedFiles()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, message);
+        QFETCH(QString, kept);
+        writeAll(m_path, content);
+        DownloadList list;
+        load(list);
+        QCOMPARE(m_prompts.messages.size(), message ? 1 : 0);
+        if (message) {
+            QCOMPARE(m_prompts.messages[0].text,
+                     QString("LinkList.lq is corrupted, Last saved list will not be loaded"));
+            QCOMPARE(m_prompts.messages[0].icon, Prompts::Icon::Critical);
+            QCOMPARE(m_prompts.messages[0].buttons, Prompts::Buttons::Ok);
+        }
+        QCOMPARE(rowsOf(list).join(' '), kept);
+        // The file itself is left as it was.
+        QCOMPARE(readAll(m_path), content);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestLinkListFile)
 #include "tst_linklistfile.moc"
