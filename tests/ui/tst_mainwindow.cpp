@@ -3,7 +3,7 @@
 #include "fakeprompts.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlistmodel.h"
-#include "list/sitetable.h"
+#include "listrows.h"
 #include "sandbox.h"
 #include "scheduling/sitequeues.h"
 #include "standin.h"
@@ -11,10 +11,7 @@
 #include "ui/mainwindow.h"
 #include "ui/windowparts.h"
 
-#include <QAbstractButton>
 #include <QCheckBox>
-#include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
@@ -25,695 +22,447 @@
 
 #include <memory>
 
-namespace {
-
-// Answers the folder picker from a queue of folders (empty: cancelled).
-class FolderQueuePrompts : public FakePrompts
-{
-public:
-    QString browseForFolder(const QString &title) override
-    {
-        folderTitles.append(title);
-        if (!folders.isEmpty())
-            return folders.dequeue();
-        return folderAnswer;
-    }
-    QQueue<QString> folders;
-};
-
-} // namespace
-
 class TestMainWindow : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
-    void windowShape();
-    void linkBoxHint();
-    void addLinks();
-    void mediaFireRowStaysHidden();
-    void checkBoxLabels_data();
-    void checkBoxLabels();
-    void closeRefusedWhileDownloading();
-    void browseFolder();
-    void expandCollapseAll();
-    void trayAndMinimiseButtons();
-    void startStopButtons();
-    void siteMenus_data();
-    void siteMenus();
-    void dragBand_data();
-    void dragBand();
-    void gridPresentation();
-    void editLink_data();
-    void editLink();
-    void tickNeedsNoQuestion();
-    void progressUpdatesKeepViewState();
+    void init()
+    {
+        m_sandbox = std::make_unique<Sandbox>();
+        m_prompts = std::make_unique<FakePrompts>();
+        m_resolved.clear();
+        m_core = std::make_unique<AppCore>(m_prompts.get());
+        m_core->setLinkListPath(m_sandbox->path("LinkList.lq"));
+        m_window = std::make_unique<MainWindow>(m_core.get(), m_prompts.get());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_core.reset();
+        m_prompts.reset();
+        m_sandbox.reset();
+    }
+
+    void linkBoxHint()
+    {
+        LinkTextBox *links = m_window->linksBox();
+        QCOMPARE(links->text(), LinkHint::designText());
+        // Lines reach the program with CR LF between them, and come back.
+        QVERIFY(links->text().contains("\r\n") && !links->toPlainText().contains('\r'));
+        // The box's text after a focus event finds it holding `text`.
+        auto focus = [links](const QString &text, QEvent::Type type,
+                             Qt::FocusReason reason = Qt::TabFocusReason) {
+            links->setText(text);
+            QFocusEvent event(type, reason);
+            QApplication::sendEvent(links, &event);
+            return links->text();
+        };
+        QCOMPARE(focus(LinkHint::designText(), QEvent::FocusIn), QString());
+        QCOMPARE(focus("", QEvent::FocusOut), LinkHint::lostFocusText());
+        // A text that holds the hint among real links is emptied too.
+        const QString mixed = "rapidshare.com/files/1/a.zip\r\n" + LinkHint::shortText();
+        QCOMPARE(focus(mixed, QEvent::FocusIn), QString());
+        // Only blanks count as empty: line breaks stay.
+        QCOMPARE(focus("   ", QEvent::FocusOut), LinkHint::lostFocusText());
+        QCOMPARE(focus("\r\n\r\n", QEvent::FocusOut), QString("\r\n\r\n"));
+        // A pop-up menu takes the focus only for a moment.
+        QCOMPARE(focus(" ", QEvent::FocusOut, Qt::PopupFocusReason), QString(" "));
+
+        // The add button hands the box's text to the intake and shows what
+        // comes back.
+        links->setText("Files:\r\nhttp://rapidshare.com/files/11/a.zip  "
+                       "http://www.hotfile.com/dl/22/b.rar\r\n"
+                       "mediafire.com/?xyz HTTP://RAPIDSHARE.COM/FILES/11/A.ZIP\r\n");
+        click("cmdAddLinks");
+        QCOMPARE(rowsOf(m_core->list()), (QStringList{"1|http://rapidshare.com/files/11/a.zip",
+                                                      "7|http://www.hotfile.com/dl/22/b.rar"}));
+        QCOMPARE(links->text(), LinkHint::shortText());
+    }
+
+    void siteRows()
+    {
+        QTreeView *grid = m_window->grid();
+        const int rows = m_window->gridModel()->rowCount();
+        const QList<int> mediaFire{site(5).row()};
+        auto hidden = [&] {
+            QList<int> found;
+            for (int row = 0; row < rows; ++row)
+                if (grid->isRowHidden(row, QModelIndex()))
+                    found << row;
+            return found;
+        };
+        // The MediaFire row never shows, while its links exist all the same:
+        // not after a reopened list, nor after any walk of the link intake.
+        add("mediafire.com/?abc", 5);
+        QCOMPARE(m_window->gridModel()->rowCount(site(5)), 1);
+        QCOMPARE(hidden(), mediaFire);
+        m_core->list().open();
+        QCOMPARE(hidden(), mediaFire);
+        grid->setRowHidden(mediaFire[0], QModelIndex(), false);
+        m_core->parseLinks("some words without a single link", false);
+        QCOMPARE(hidden(), mediaFire);
+
+        // Expand/collapse all: the first row alone decides, whatever state
+        // the others are in.
+        auto clickAndCount = [&] {
+            click("cmdExpandCollapse");
+            int expanded = 0;
+            for (int row = 0; row < rows; ++row)
+                expanded += grid->isExpanded(m_window->gridModel()->index(row, 0));
+            return expanded;
+        };
+        QCOMPARE(clickAndCount(), rows);
+        grid->collapse(site(2));
+        QCOMPARE(clickAndCount(), 0);
+        grid->expand(site(3));
+        QCOMPARE(clickAndCount(), rows);
+    }
+
+    void checkBoxes_data()
+    {
+        QTest::addColumn<QStringList>("clicks");
+        // The two boxes and the sub-folder setting; shutting down is no setting.
+        QTest::addColumn<QVariantList>("state");
+        auto row = [](const char *name, const QStringList &clicks, const QVariantList &state) {
+            QTest::newRow(name) << clicks << state;
+        };
+        row("sub-folder box", {"chkCreate"}, {true, false, "1"});
+        row("sub-folder label", {"lblCreate"}, {true, false, "1"});
+        row("sub-folder box, label", {"chkCreate", "lblCreate"}, {false, false, "0"});
+        row("shutdown box", {"chkShutDown"}, {false, true, "-"});
+        row("shutdown label", {"lblShutdown"}, {false, true, "-"});
+        row("shutdown box, label", {"chkShutDown", "lblShutdown"}, {false, false, "-"});
+    }
+
+    void checkBoxes()
+    {
+        QFETCH(QStringList, clicks);
+        QFETCH(QVariantList, state);
+        auto *create = m_window->findChild<QCheckBox *>("chkCreate");
+        for (const QString &name : clicks)
+            click(name);
+        QCOMPARE((QVariantList{create->isChecked(),
+                               m_window->findChild<QCheckBox *>("chkShutDown")->isChecked(),
+                               Settings::get("CreatSubDir", "-")}),
+                 state);
+        QCOMPARE(Settings::get("ShutDown", "-"), QString("-"));
+        // A value read from the settings shows in the box.
+        const bool was = create->isChecked();
+        Settings::save("CreatSubDir", was ? "0" : "1");
+        m_core->readSettings();
+        QCOMPARE(create->isChecked(), !was);
+    }
+
+    void titleStripButtons()
+    {
+        // Without a tray the window would be lost: it is minimised instead.
+        const bool tray = QSystemTrayIcon::isSystemTrayAvailable();
+        QCOMPARE(m_window->trayIcon()->isVisible(), tray);
+        click("cmdTray");
+        QTRY_VERIFY(tray ? !m_window->isVisible()
+                         : m_window->isVisible() && m_window->isMinimized());
+        m_window->showNormal();
+        QTRY_VERIFY(!m_window->isMinimized());
+        click("cmdMinimize");
+        QTRY_VERIFY(m_window->isVisible() && m_window->isMinimized());
+
+        // The window's top band, five pixels deep, drags it, with any button.
+        QSignalSpy drag(m_window.get(), &MainWindow::windowDragStarted);
+        QList<qsizetype> drags;
+        for (const QPoint at : {QPoint(100, 5), QPoint(300, 2), QPoint(100, 6)}) {
+            const Qt::MouseButton button = at.x() == 300 ? Qt::RightButton : Qt::LeftButton;
+            QCOMPARE(m_window->childAt(at), nullptr);
+            QTest::mousePress(m_window.get(), button, {}, at);
+            QTest::mouseRelease(m_window.get(), button, {}, at);
+            drags << drag.count();
+        }
+        QCOMPARE(drags, (QList<qsizetype>{1, 2, 2}));
+
+        // Close is refused while a row downloads; once nothing runs, the list
+        // is saved and the program ends.
+        DownloadList &list = m_core->list();
+        add("rapidshare.com/files/1/a.zip", 1);
+        QSignalSpy quit(m_core.get(), &AppCore::quitRequested);
+        const QList<QVariantList> refusal{
+            box("There is one download or more currently running, Please Stop downloading first.",
+                Prompts::Icon::Exclamation, Prompts::Buttons::Ok)};
+        for (const bool downloading : {true, false}) {
+            list.setField(list.childAt(1, 0), Field::IsDownloading, QString::number(downloading));
+            click("cmdClose");
+            QCOMPARE(said(), refusal);
+            QCOMPARE((QList<bool>{quit.count() == 1, QFile::exists(m_sandbox->path("LinkList.lq")),
+                                  m_window->isVisible()}),
+                     (QList<bool>{!downloading, !downloading, downloading}));
+        }
+    }
+
+    void browseFolder()
+    {
+        const QString disc = m_sandbox->path("cdrom"), good = m_sandbox->path("good");
+        m_window->setOpticalDriveTest([&](const QString &path) { return path == disc; });
+        auto *label = m_window->findChild<QLabel *>("txtDownloadDir");
+        const QString before = m_core->downloadDir();
+        auto shown = [&] { return QStringList{label->text(), Settings::get("DownDir", "-")}; };
+        const QVariantList refusal = box("Selected drive is CD ROM, Please select another folder",
+                                         Prompts::Icon::Exclamation, Prompts::Buttons::Ok);
+        // The picker opens again after each refusal, with the next pick.
+        QStringList picks{QString(), disc, good};
+        m_prompts->whileAsking = [&] { m_prompts->folderAnswer = picks.takeFirst(); };
+
+        // Cancelled; then the optical disc, refused, and cancelled: nothing changes.
+        click("cmdBrowse");
+        m_prompts->folderAnswer = disc;
+        click("cmdBrowse");
+        QCOMPARE(said(), QList<QVariantList>{refusal});
+        QCOMPARE(shown(), (QStringList{before, "-"}));
+        // Twice the disc, then another folder: that one is taken.
+        m_prompts->folderAnswer = disc;
+        click("cmdBrowse");
+        QCOMPARE(m_prompts->folderTitles, QStringList(6, "Please, Select the download folder."));
+        QCOMPARE(said(), QList<QVariantList>(3, refusal));
+        QCOMPARE(shown(), (QStringList{good, good}));
+        // The label follows the core's folder, whoever sets it.
+        m_core->setDownloadDir(disc);
+        QCOMPARE(label->text(), disc);
+    }
+
+    void startStop_data()
+    {
+        QTest::addColumn<bool>("start");
+        QTest::newRow("start") << true;
+        QTest::newRow("stop") << false;
+    }
+
+    void startStop()
+    {
+        QFETCH(bool, start);
+        seedLinks();
+        QMenu *menu = start ? m_window->startMenu() : m_window->stopMenu();
+
+        // The entries in order, a separator after the first; MediaFire's is off.
+        QStringList seen;
+        const QList<QAction *> actions = menu->actions();
+        for (QAction *action : actions)
+            seen << (action->isSeparator()
+                         ? "-"
+                         : action->text() + (action->isEnabled() ? "" : " (off)"));
+        QCOMPARE(seen.join('|'),
+                 QString("%1 All|-|%1 Rapidshare|%1 Youtube|%1 Megaupload|%1 4Shared|"
+                         "%1 Mediafire (off)|%1 DepositeFiles|%1 Hotfile|%1 FileFactory")
+                     .arg(start ? "Start" : "Stop"));
+
+        // The drop-down part of the button opens the menu at its top right
+        // corner, or as far down as fits on the screen; it is no click.
+        auto *button =
+            m_window->findChild<SkinButton *>(start ? "cmdStartDownload" : "cmdStopDownload");
+        QTest::mouseClick(button, Qt::LeftButton, {}, button->dropDownRect().center());
+        QTRY_VERIFY(menu->isVisible());
+        const QPoint corner =
+            m_window->mapToGlobal(QPoint(button->x() + button->width(), button->y()));
+        QCOMPARE(menu->x(), corner.x());
+        const int screenBottom = m_window->screen()->availableGeometry().bottom();
+        QVERIFY(menu->y() == corner.y() ||
+                (menu->y() < corner.y() && menu->geometry().bottom() == screenBottom));
+        QVERIFY(m_resolved.isEmpty());
+        menu->hide();
+
+        // The entry of site n follows "All" and the separator.
+        auto entry = [&](int site) { actions.at(site ? site + 1 : 0)->trigger(); };
+        if (start) {
+            entry(7);
+            QCOMPARE(m_resolved, QList<int>{7});
+            entry(0);
+            QCOMPARE(m_resolved, (QList<int>{7, 1, 2, 3, 4, 6, 8}));
+            return;
+        }
+        // The buttons' own parts start and stop every site but MediaFire.
+        click("cmdStartDownload", QPoint(20, 10));
+        QCOMPARE(m_resolved, (QList<int>{1, 2, 3, 4, 6, 7, 8}));
+        entry(7);
+        QVERIFY(!m_core->queues().isDownloading(7) && m_core->queues().isDownloading(1));
+        click("cmdStopDownload", QPoint(20, 10));
+        QVERIFY(!m_core->isAnyDownloading());
+        QVERIFY(!m_window->startMenu()->isVisible() && !menu->isVisible());
+        m_core->startAllDownloads();
+        QVERIFY(m_core->isAnyDownloading());
+        entry(0);
+        QVERIFY(!m_core->isAnyDownloading());
+    }
+
+    void editLink_data()
+    {
+        QTest::addColumn<QString>("present");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<QVariantList>("message"); // empty: none
+        QTest::addColumn<QString>("result");
+        const QString link("http://rapidshare.com/files/1/a.zip");
+        const QString other("http://rapidshare.com/files/2/b.zip");
+        const QVariantList ask = box("Are you sure that you want to change the link?",
+                                     Prompts::Icon::Question, Prompts::Buttons::YesNo);
+        const QVariantList empty =
+            box("Link value can not be empty", Prompts::Icon::Exclamation, Prompts::Buttons::Ok);
+        QTest::newRow("yes") << link << other << true << ask << other;
+        QTest::newRow("no") << link << other << false << ask << link;
+        QTest::newRow("emptied") << link << "" << true << empty << link;
+        // A present 0 or 1 is a tick's value: it changes without a question.
+        QTest::newRow("present 0") << "0" << other << false << QVariantList() << other;
+        QTest::newRow("present 1") << "1" << other << false << QVariantList() << other;
+        QTest::newRow("present 2") << "2" << other << false << ask << "2";
+        QTest::newRow("row removed while asked") << link << other << true << ask << "<gone>";
+    }
+
+    void editLink()
+    {
+        QFETCH(QString, present);
+        QFETCH(QString, typed);
+        QFETCH(bool, yes);
+        QFETCH(QVariantList, message);
+        QFETCH(QString, result);
+        DownloadList &list = m_core->list();
+        add(present, 1);
+        LinkRow *row = list.childAt(1, 0);
+        list.setField(row, Field::DirectURL, "http://direct/a.zip");
+        list.setField(row, Field::Status, "Complete");
+        m_prompts->answers.enqueue(yes ? Prompts::Answer::Yes : Prompts::Answer::No);
+        const bool removed = result == "<gone>";
+        if (removed)
+            m_prompts->whileAsking = [&] { list.removeRow(row); };
+
+        // The user types into the link cell and presses Enter.
+        QTreeView *grid = m_window->grid();
+        grid->expand(site(1));
+        const QModelIndex cell = linkCell(1, 0, Field::LinkURL);
+        grid->setCurrentIndex(cell);
+        grid->edit(cell);
+        auto *editor = grid->viewport()->findChild<QLineEdit *>();
+        QVERIFY(editor);
+        QCOMPARE(editor->text(), present);
+        editor->selectAll();
+        QTest::keyClick(editor, Qt::Key_Delete);
+        QTest::keyClicks(editor, typed);
+        QTest::keyClick(editor, Qt::Key_Return);
+        // The delegate commits from the event queue.
+        QTRY_VERIFY(!grid->viewport()->findChild<QLineEdit *>());
+
+        QCOMPARE(said(), message.isEmpty() ? QList<QVariantList>() : QList<QVariantList>{message});
+        QCOMPARE(list.childCount(1), removed ? 0 : 1);
+        if (removed)
+            return;
+        // Nothing else of the row changes.
+        QCOMPARE((QStringList{row->values[int(Field::LinkURL)], cell.data().toString(),
+                              row->values[int(Field::DirectURL)], row->values[int(Field::Status)]}),
+                 (QStringList{result, result, "http://direct/a.zip", "Complete"}));
+    }
+
+    void tickNeedsNoQuestion()
+    {
+        add("http://rapidshare.com/files/1/a.zip", 1);
+        const LinkRow *row = m_core->list().childAt(1, 0);
+        QTreeView *grid = m_window->grid();
+        grid->expand(site(1));
+        const QModelIndex tick = linkCell(1, 0, Field::CheckBox);
+        const QRect cell = grid->visualRect(tick);
+        // Qt's check box sits at the cell's left; a click there toggles it.
+        const QPoint at(cell.left() + cell.height() / 2, cell.center().y());
+        for (const Qt::CheckState state : {Qt::Checked, Qt::Unchecked}) {
+            QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
+            QCOMPARE(row->values[int(Field::CheckBox)], QString::number(state == Qt::Checked));
+            QCOMPARE(tick.data(Qt::CheckStateRole).toInt(), int(state));
+        }
+        QVERIFY(m_prompts->messages.isEmpty());
+    }
+
+    void progressUpdatesKeepViewState()
+    {
+        for (int i = 0; i < 60; ++i)
+            add(QString("http://rapidshare.com/files/%1/f.zip").arg(i), 1);
+        add("http://www.hotfile.com/dl/1/a.rar", 7);
+        QTreeView *grid = m_window->grid();
+        grid->expand(site(1));
+        grid->expand(site(7));
+        const QModelIndex chosen = linkCell(1, 5, Field::LinkURL);
+        grid->setCurrentIndex(chosen);
+        grid->verticalScrollBar()->setValue(20);
+        QCoreApplication::processEvents();
+        // Selection, expansion and scroll position as the user left them.
+        auto viewState = [&] {
+            return QVariantList{grid->selectionModel()->isSelected(chosen),
+                                int(grid->selectionModel()->selectedRows().size()),
+                                grid->isExpanded(site(1)) && grid->isExpanded(site(7)),
+                                grid->verticalScrollBar()->value()};
+        };
+        const QVariantList before = viewState();
+        QCOMPARE(before, (QVariantList{true, 1, true, 20}));
+
+        QSignalSpy changes(m_window->gridModel(), &QAbstractItemModel::dataChanged);
+        LinkRow *hot = m_core->list().childAt(7, 0);
+        for (int step = 1; step <= 20; ++step) {
+            m_core->list().setField(hot, Field::Status, QString::number(step * 4.5));
+            m_core->list().setField(hot, Field::Speed, QString("%1 KB/s").arg(step));
+            QCoreApplication::processEvents();
+        }
+        // One change per cell, naming that cell; a new link disturbs nothing either.
+        const QModelIndex statusCell = linkCell(7, 0, Field::Status);
+        QCOMPARE(changes.count(), 40);
+        QCOMPARE(changes.at(0).mid(0, 2), (QVariantList{statusCell, statusCell}));
+        QCOMPARE(viewState(), before);
+        add("http://www.hotfile.com/dl/2/b.rar", 7);
+        QCOMPARE(viewState(), before);
+    }
 
 private:
-    template <typename T = QWidget> T *control(const char *name)
+    // A click at the middle, or at `at`: a split button's own part is its left.
+    void click(const QString &name, QPoint at = {})
     {
-        T *found = m_window->findChild<T *>(QString::fromLatin1(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return found;
+        QTest::mouseClick(m_window->findChild<QWidget *>(name), Qt::LeftButton, {}, at);
     }
-    void click(const char *name) { QTest::mouseClick(control(name), Qt::LeftButton); }
-    QModelIndex site(int number) const { return m_window->model()->siteIndex(number); }
-    // The grid's index of a core model index.
-    QModelIndex view(const QModelIndex &index) const
+    void add(const QString &link, int site)
     {
-        return m_window->gridModel()->mapFromSource(index);
+        QVERIFY(m_core->list().addLinkToList(link, site, m_prompts.get()));
     }
-    // The grid's index of a link row's cell.
+    // The grid's index of a site row, and of a link row's cell.
+    QModelIndex site(int number) const
+    {
+        return m_window->gridModel()->mapFromSource(m_window->model()->siteIndex(number));
+    }
     QModelIndex linkCell(int number, int row, Field field) const
     {
-        return view(m_window->model()->index(row, int(field), site(number)));
+        return m_window->gridModel()->index(row, int(field), site(number));
     }
-    QString value(int number, int row, Field field) const
+    static QVariantList box(const QString &text, Prompts::Icon icon, Prompts::Buttons buttons)
     {
-        return m_core->list().childAt(number, row)->values[int(field)];
+        return {text, int(icon), int(buttons)};
     }
     // Every message box shown so far, as text, icon and buttons.
     QList<QVariantList> said() const
     {
         QList<QVariantList> all;
         for (const FakePrompts::Message &m : m_prompts->messages)
-            all << QVariantList{m.text, int(m.icon), int(m.buttons)};
+            all << box(m.text, m.icon, m.buttons);
         return all;
     }
-    static QVariantList box(const QString &text, Prompts::Icon icon, Prompts::Buttons buttons)
+    // Puts a link under every site, each site with a recipe that records its
+    // start and leaves the row as the queue marked it: nothing leaves the machine.
+    void seedLinks()
     {
-        return {text, int(icon), int(buttons)};
+        for (int s = 1; s <= Sites::Count; ++s) {
+            add(QString("http://host%1/file").arg(s), s);
+            auto standIn = std::make_unique<StandInRecipe>();
+            standIn->order = &m_resolved;
+            m_core->queues().setRecipe(s, std::move(standIn));
+        }
     }
-    // Puts a link under every site, and gives every site a recording recipe.
-    void seedLinks();
-    void installRecorders();
-    QList<int> m_resolved;
 
+    QList<int> m_resolved;
     std::unique_ptr<Sandbox> m_sandbox;
-    std::unique_ptr<FolderQueuePrompts> m_prompts;
+    std::unique_ptr<FakePrompts> m_prompts;
     std::unique_ptr<AppCore> m_core;
     std::unique_ptr<MainWindow> m_window;
 };
-
-void TestMainWindow::init()
-{
-    m_sandbox = std::make_unique<Sandbox>();
-    m_prompts = std::make_unique<FolderQueuePrompts>();
-    m_resolved.clear();
-    m_core = std::make_unique<AppCore>(m_prompts.get());
-    m_core->setLinkListPath(m_sandbox->path("LinkList.lq"));
-    m_window = std::make_unique<MainWindow>(m_core.get(), m_prompts.get());
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-}
-
-void TestMainWindow::cleanup()
-{
-    m_window.reset();
-    m_core.reset();
-    m_prompts.reset();
-    m_sandbox.reset();
-}
-
-void TestMainWindow::seedLinks()
-{
-    int number = 0;
-    for (const char *link :
-         {"http://rapidshare.com/files/1/a.zip", "http://www.youtube.com/watch?v=abc",
-          "http://www.megaupload.com/?d=XYZ", "http://www.4shared.com/file/1/b.html",
-          "http://www.mediafire.com/?xyz", "http://depositfiles.com/files/abc",
-          "http://www.hotfile.com/dl/22/b.rar", "http://www.filefactory.com/file/abc"})
-        QVERIFY(m_core->list().addLinkToList(link, ++number, m_prompts.get()));
-}
-
-void TestMainWindow::installRecorders()
-{
-    for (int s = 1; s <= Sites::Count; ++s) {
-        // Records the start and leaves the row as the queue marked it, so no
-        // request leaves the machine.
-        auto standIn = std::make_unique<StandInRecipe>();
-        standIn->order = &m_resolved;
-        m_core->queues().setRecipe(s, std::move(standIn));
-    }
-}
-
-void TestMainWindow::windowShape()
-{
-    QCOMPARE((QList<QSize>{m_window->size(), m_window->minimumSize(), m_window->maximumSize()}),
-             QList<QSize>(3, QSize(800, 495)));
-    QVERIFY(m_window->windowFlags() & Qt::FramelessWindowHint);
-    QCOMPARE(m_window->windowTitle(), QString("Tessalwick"));
-    QVERIFY(m_window->trayIcon() && !m_window->trayIcon()->icon().isNull());
-    QCOMPARE(m_window->trayIcon()->parent(), m_window.get());
-}
-
-void TestMainWindow::linkBoxHint()
-{
-    auto *box = control<LinkTextBox>("txtLinks");
-    QCOMPARE(box->text(), LinkHint::designText());
-    // Lines reach the program with CR LF between them, and come back.
-    QVERIFY(box->text().contains("\r\n"));
-    QCOMPARE(box->toPlainText().count('\r'), 0);
-
-    auto focus = [box](QEvent::Type type, Qt::FocusReason reason = Qt::TabFocusReason) {
-        QFocusEvent event(type, reason);
-        QApplication::sendEvent(box, &event);
-        return box->text();
-    };
-    QCOMPARE(focus(QEvent::FocusIn), QString());
-    QCOMPARE(focus(QEvent::FocusOut), LinkHint::lostFocusText());
-    // A text that holds the hint among real links is emptied too.
-    box->setText("rapidshare.com/files/1/a.zip\r\n" + LinkHint::shortText());
-    QCOMPARE(focus(QEvent::FocusIn), QString());
-    // Only blanks count as empty: line breaks stay.
-    box->setText("   ");
-    QCOMPARE(focus(QEvent::FocusOut), LinkHint::lostFocusText());
-    box->setText("\r\n\r\n");
-    QCOMPARE(focus(QEvent::FocusOut), QString("\r\n\r\n"));
-    // A pop-up menu takes the focus only for a moment.
-    box->setText(" ");
-    QCOMPARE(focus(QEvent::FocusOut, Qt::PopupFocusReason), QString(" "));
-}
-
-void TestMainWindow::addLinks()
-{
-    auto *box = control<LinkTextBox>("txtLinks");
-    box->setText("Files:\r\nhttp://rapidshare.com/files/11/a.zip  "
-                 "http://www.hotfile.com/dl/22/b.rar\r\n"
-                 "mediafire.com/?xyz HTTP://RAPIDSHARE.COM/FILES/11/A.ZIP\r\n");
-    click("cmdAddLinks");
-    DownloadListModel *model = m_window->model();
-    QCOMPARE(
-        (QList<int>{model->rowCount(site(1)), model->rowCount(site(7)), model->rowCount(site(5))}),
-        (QList<int>{1, 1, 0}));
-    QCOMPARE((QStringList{value(1, 0, Field::LinkURL), value(7, 0, Field::LinkURL),
-                          value(7, 0, Field::Status), box->text()}),
-             (QStringList{"http://rapidshare.com/files/11/a.zip",
-                          "http://www.hotfile.com/dl/22/b.rar", "Waiting", LinkHint::shortText()}));
-    QCOMPARE(m_prompts->balloons.size(), 1);
-    QCOMPARE(m_prompts->balloons.at(0).text, QString("2 Links Added"));
-    QVERIFY(m_prompts->messages.isEmpty());
-    // The grid shows the new rows under their sites.
-    m_window->grid()->expand(view(site(7)));
-    QVERIFY(m_window->grid()->visualRect(linkCell(7, 0, Field::LinkURL)).isValid());
-
-    // Clicking again with the hint in the box adds nothing and says nothing.
-    m_prompts->clear();
-    click("cmdAddLinks");
-    QCOMPARE(model->rowCount(site(1)), 1);
-    QVERIFY(m_prompts->messages.isEmpty() && m_prompts->balloons.isEmpty());
-    QCOMPARE(box->text(), LinkHint::shortText());
-}
-
-void TestMainWindow::mediaFireRowStaysHidden()
-{
-    QTreeView *grid = m_window->grid();
-    const int mediaFire = site(5).row();
-    auto onlyMediaFireHidden = [&] {
-        for (int row = 0; row < m_window->model()->rowCount(); ++row) {
-            if (grid->isRowHidden(row, QModelIndex()) != (row == mediaFire))
-                return false;
-        }
-        return true;
-    };
-    QVERIFY(onlyMediaFireHidden());
-    // Its links exist all the same.
-    QVERIFY(m_core->list().addLinkToList("mediafire.com/?abc", 5, m_prompts.get()));
-    QCOMPARE(m_window->model()->rowCount(site(5)), 1);
-    // A reopened list and every walk of the link intake hide it again.
-    m_core->list().open();
-    QVERIFY(onlyMediaFireHidden());
-    grid->setRowHidden(mediaFire, QModelIndex(), false);
-    m_core->parseLinks("some words without a single link", false);
-    QVERIFY(onlyMediaFireHidden());
-}
-
-void TestMainWindow::checkBoxLabels_data()
-{
-    QTest::addColumn<QString>("label");
-    QTest::addColumn<QString>("caption");
-    QTest::addColumn<QString>("setting"); // empty: the box is no setting
-    QTest::newRow("chkCreate") << "lblCreate"
-                               << "Create sub folder for each site"
-                               << "CreatSubDir";
-    QTest::newRow("chkShutDown") << "lblShutdown"
-                                 << "Shutdown after all downloads complete" << QString();
-}
-
-void TestMainWindow::checkBoxLabels()
-{
-    QFETCH(QString, label);
-    QFETCH(QString, caption);
-    QFETCH(QString, setting);
-    auto *box = m_window->findChild<QCheckBox *>(QTest::currentDataTag());
-    auto *text = m_window->findChild<QLabel *>(label);
-    QVERIFY(box && text);
-    QCOMPARE(text->text(), caption);
-    QVERIFY(!box->isChecked());
-    QCOMPARE(Settings::get(setting, "unset"), QString("unset"));
-
-    // The box and its label both toggle it; a setting follows every change.
-    bool on = false;
-    for (QWidget *target : {(QWidget *)box, (QWidget *)text, (QWidget *)text, (QWidget *)box}) {
-        QTest::mouseClick(target, Qt::LeftButton);
-        on = !on;
-        QCOMPARE(box->isChecked(), on);
-        QCOMPARE(Settings::get(setting.isEmpty() ? "ShutDown" : setting, "unset"),
-                 setting.isEmpty() ? QString("unset") : QString::number(on));
-        if (!setting.isEmpty())
-            QCOMPARE(m_core->createSubDir(), int(on));
-    }
-    // A value read from the settings shows in the box without a write of its own.
-    if (!setting.isEmpty()) {
-        Settings::save(setting, "1");
-        m_core->readSettings();
-        QVERIFY(box->isChecked());
-    }
-}
-
-void TestMainWindow::closeRefusedWhileDownloading()
-{
-    DownloadList &list = m_core->list();
-    QVERIFY(list.addLinkToList("rapidshare.com/files/1/a.zip", 1, m_prompts.get()));
-    list.setField(list.childAt(1, 0), Field::IsDownloading, "1");
-    QSignalSpy quit(m_core.get(), &AppCore::quitRequested);
-    const QList<QVariantList> refusal{
-        box("There is one download or more currently running, Please Stop downloading first.",
-            Prompts::Icon::Exclamation, Prompts::Buttons::Ok)};
-
-    click("cmdClose");
-    QCOMPARE(said(), refusal);
-    QCOMPARE(quit.count(), 0);
-    QVERIFY(m_window->isVisible());
-    QVERIFY(!QFile::exists(m_sandbox->path("LinkList.lq")));
-
-    // Once nothing runs, the list is saved and the program ends.
-    list.setField(list.childAt(1, 0), Field::IsDownloading, "0");
-    click("cmdClose");
-    QCOMPARE(said(), refusal);
-    QCOMPARE(quit.count(), 1);
-    QVERIFY(QFile::exists(m_sandbox->path("LinkList.lq")));
-    QVERIFY(!m_window->isVisible());
-}
-
-void TestMainWindow::browseFolder()
-{
-    const QString disc = m_sandbox->path("cdrom"), good = m_sandbox->path("good");
-    QVERIFY(QDir().mkpath(disc) && QDir().mkpath(good));
-    QStringList tested;
-    m_window->setOpticalDriveTest([&](const QString &path) {
-        tested << path;
-        return path == disc;
-    });
-    auto *label = control<QLabel>("txtDownloadDir");
-    const QString before = m_core->downloadDir();
-    QCOMPARE(label->text(), before);
-
-    // Cancelled; then the optical disc, refused, and cancelled: nothing changes.
-    m_prompts->folders << QString() << disc << QString();
-    click("cmdBrowse");
-    click("cmdBrowse");
-    QCOMPARE(m_prompts->folderTitles, QStringList(3, "Please, Select the download folder."));
-    QCOMPARE(said(),
-             QList<QVariantList>{box("Selected drive is CD ROM, Please select another folder",
-                                     Prompts::Icon::Exclamation, Prompts::Buttons::Ok)});
-    QCOMPARE((QStringList{label->text(), Settings::get("DownDir", "unset")}),
-             (QStringList{before, "unset"}));
-
-    // Twice the disc, then another folder: that one is taken.
-    m_prompts->clear();
-    m_prompts->folders << disc << disc << good;
-    click("cmdBrowse");
-    QCOMPARE(m_prompts->folderTitles.size(), 3);
-    QCOMPARE(m_prompts->messages.size(), 2);
-    QCOMPARE((QStringList{label->text(), Settings::get("DownDir", "unset")}),
-             (QStringList{good, good}));
-    QCOMPARE(tested, (QStringList{disc, disc, disc, good}));
-
-    // The label follows the core's folder, whoever sets it.
-    m_core->setDownloadDir(m_sandbox->path("other"));
-    QCOMPARE(label->text(), m_sandbox->path("other"));
-}
-
-void TestMainWindow::expandCollapseAll()
-{
-    QTreeView *grid = m_window->grid();
-    QCOMPARE(control<QAbstractButton>("cmdExpandCollapse")->text(), QString("+\\-"));
-    const int rows = m_window->model()->rowCount();
-    // Clicks the button and counts the expanded site rows.
-    auto clickAndCount = [&] {
-        click("cmdExpandCollapse");
-        int expanded = 0;
-        for (int row = 0; row < rows; ++row)
-            expanded += grid->isExpanded(m_window->gridModel()->index(row, 0));
-        return expanded;
-    };
-    QCOMPARE(clickAndCount(), rows);
-    QCOMPARE(clickAndCount(), 0);
-    // The first row alone decides, whatever state the others are in.
-    grid->expand(view(site(3)));
-    grid->expand(view(site(8)));
-    QCOMPARE(clickAndCount(), rows);
-    grid->collapse(view(site(2)));
-    QCOMPARE(clickAndCount(), 0);
-}
-
-void TestMainWindow::trayAndMinimiseButtons()
-{
-    // Without a tray the window would be lost: it is minimised instead.
-    const bool tray = QSystemTrayIcon::isSystemTrayAvailable();
-    auto hiddenOrMinimised = [&] {
-        if (tray)
-            QTRY_VERIFY(!m_window->isVisible());
-        else
-            QTRY_VERIFY(m_window->isVisible() && (m_window->windowState() & Qt::WindowMinimized));
-    };
-    auto restore = [&] {
-        m_window->showNormal();
-        QTRY_VERIFY(!(m_window->windowState() & Qt::WindowMinimized));
-    };
-    click("cmdTray");
-    hiddenOrMinimised();
-    restore();
-    QCOMPARE(m_window->hideToTrayOrMinimise(), tray);
-    hiddenOrMinimised();
-    restore();
-    click("cmdMinimize");
-    QTRY_VERIFY(m_window->windowState() & Qt::WindowMinimized);
-    QVERIFY(m_window->isVisible());
-}
-
-void TestMainWindow::startStopButtons()
-{
-    seedLinks();
-    installRecorders();
-    auto *start = control<SkinButton>("cmdStartDownload");
-    auto *stop = control<SkinButton>("cmdStopDownload");
-
-    // The button's own part starts every site but MediaFire.
-    QTest::mouseClick(start, Qt::LeftButton, {}, QPoint(20, start->height() / 2));
-    QCOMPARE(m_resolved, (QList<int>{1, 2, 3, 4, 6, 7, 8}));
-    QVERIFY(!m_window->startMenu()->isVisible());
-    QCOMPARE(value(5, 0, Field::Status), QString("Waiting"));
-    for (int s : {1, 2, 3, 4, 6, 7, 8})
-        QVERIFY(m_core->queues().isDownloading(s));
-
-    QTest::mouseClick(stop, Qt::LeftButton, {}, QPoint(20, stop->height() / 2));
-    QVERIFY(!m_window->stopMenu()->isVisible());
-    QVERIFY(!m_core->isAnyDownloading());
-    QVERIFY(value(1, 0, Field::Status).startsWith("Stopped"));
-}
-
-void TestMainWindow::siteMenus_data()
-{
-    QTest::addColumn<bool>("start");
-    QTest::addColumn<QString>("namePrefix");
-    QTest::addColumn<QString>("captionWord");
-    QTest::newRow("mnuStart") << true << "mnu"
-                              << "Start";
-    QTest::newRow("mnuStop") << false << "mnuS"
-                             << "Stop";
-}
-
-void TestMainWindow::siteMenus()
-{
-    QFETCH(bool, start);
-    QFETCH(QString, namePrefix);
-    QFETCH(QString, captionWord);
-    seedLinks();
-    installRecorders();
-    QMenu *menu = start ? m_window->startMenu() : m_window->stopMenu();
-    QCOMPARE(menu->objectName(), QString(QTest::currentDataTag()));
-
-    // The entries in order, with a separator after the first; MediaFire's is off.
-    const QStringList names{"All",       "Rapidshare",    "Youtube", "MegaUpload", "4Shared",
-                            "MediaFire", "DepositeFiles", "HotFile", "FileFactory"};
-    const QStringList captions{"All",       "Rapidshare",    "Youtube", "Megaupload", "4Shared",
-                               "Mediafire", "DepositeFiles", "Hotfile", "FileFactory"};
-    QStringList expected, seen;
-    for (int i = 0; i < names.size(); ++i)
-        expected << namePrefix + names[i] + "|" + captionWord + " " + captions[i] + "|" +
-                        QString::number(i != 5);
-    const QList<QAction *> actions = menu->actions();
-    QVERIFY(actions.size() == 10 && actions.at(1)->isSeparator());
-    for (QAction *action : actions) {
-        if (!action->isSeparator())
-            seen << action->objectName() + "|" + action->text() + "|" +
-                        QString::number(action->isEnabled());
-    }
-    QCOMPARE(seen, expected);
-
-    // The drop-down part of the button opens the menu at its top right corner,
-    // or as far down as fits on the screen.
-    auto *button = control<SkinButton>(start ? "cmdStartDownload" : "cmdStopDownload");
-    const QRect drop = button->dropDownRect();
-    QVERIFY(!drop.isEmpty());
-    QTest::mouseClick(button, Qt::LeftButton, {}, drop.center());
-    QTRY_VERIFY(menu->isVisible());
-    const QPoint corner = m_window->mapToGlobal(QPoint(button->x() + button->width(), button->y()));
-    QCOMPARE(menu->x(), corner.x());
-    const int screenBottom = m_window->screen()->availableGeometry().bottom();
-    QVERIFY(menu->y() == corner.y() ||
-            (menu->y() < corner.y() && menu->geometry().bottom() == screenBottom));
-    QVERIFY(m_resolved.isEmpty()); // the drop-down part is no click of the button
-    menu->hide();
-
-    auto entry = [&](const QString &name) {
-        menu->findChild<QAction *>(namePrefix + name)->trigger();
-    };
-    if (start) {
-        entry("HotFile");
-        QCOMPARE(m_resolved, QList<int>{7});
-        QCOMPARE(value(7, 0, Field::Status), QString("Starting..."));
-        QVERIFY(!m_core->queues().isDownloading(1));
-        // The switched-off entry can't be reached.
-        entry("MediaFire");
-        QCOMPARE(m_resolved, QList<int>{7});
-        QCOMPARE(value(5, 0, Field::Status), QString("Waiting"));
-        entry("All");
-        QCOMPARE(m_resolved, (QList<int>{7, 1, 2, 3, 4, 6, 8}));
-    } else {
-        m_core->startAllDownloads();
-        QVERIFY(m_core->queues().isDownloading(7));
-        entry("HotFile");
-        QVERIFY(!m_core->queues().isDownloading(7));
-        QVERIFY(m_core->queues().isDownloading(1));
-        entry("All");
-        QVERIFY(!m_core->isAnyDownloading());
-    }
-}
-
-void TestMainWindow::dragBand_data()
-{
-    QTest::addColumn<QPoint>("where");
-    QTest::addColumn<bool>("drags");
-    QTest::addColumn<int>("button");
-    QTest::newRow("top edge") << QPoint(100, 0) << true << int(Qt::LeftButton);
-    QTest::newRow("five pixels down") << QPoint(100, 5) << true << int(Qt::LeftButton);
-    QTest::newRow("right button") << QPoint(300, 2) << true << int(Qt::RightButton);
-    QTest::newRow("six pixels down") << QPoint(100, 6) << false << int(Qt::LeftButton);
-    QTest::newRow("title strip") << QPoint(100, 15) << false << int(Qt::LeftButton);
-}
-
-void TestMainWindow::dragBand()
-{
-    QFETCH(QPoint, where);
-    QFETCH(bool, drags);
-    QFETCH(int, button);
-    QSignalSpy drag(m_window.get(), &MainWindow::windowDragStarted);
-    QCOMPARE(m_window->childAt(where), nullptr);
-    QTest::mousePress(m_window.get(), Qt::MouseButton(button), {}, where);
-    QTest::mouseRelease(m_window.get(), Qt::MouseButton(button), {}, where);
-    QCOMPARE(drag.count(), drags ? 1 : 0);
-}
-
-void TestMainWindow::gridPresentation()
-{
-    seedLinks();
-    QTreeView *grid = m_window->grid();
-    QAbstractItemModel *model = grid->model();
-    QCOMPARE(model, static_cast<QAbstractItemModel *>(m_window->gridModel()));
-    QVERIFY(!grid->header()->sectionsMovable());
-
-    // The link columns that show past the tree's own column 0; the rest are hidden.
-    QList<Field> shown;
-    for (int c = 1; c < model->columnCount(); ++c) {
-        if (!grid->isColumnHidden(c))
-            shown << Field(c);
-    }
-    QCOMPARE(shown, (QList<Field>{Field::CheckBox, Field::LinkURL, Field::LocalFile, Field::Status,
-                                  Field::FileSize, Field::Speed, Field::TimeLeft}));
-
-    // Editability: the tick and the link only.
-    const QModelIndex siteRow = view(site(1));
-    for (int c = 0; c < model->columnCount(siteRow); ++c) {
-        const Qt::ItemFlags flags = model->flags(model->index(0, c, siteRow));
-        QCOMPARE(bool(flags & Qt::ItemIsEditable), c == int(Field::LinkURL));
-        QCOMPARE(bool(flags & Qt::ItemIsUserCheckable), c == int(Field::CheckBox));
-    }
-    QVERIFY(!(model->flags(model->index(0, 1)) & Qt::ItemIsEditable));
-
-    // A site row is one cell across the grid with its name, centred.
-    for (int row = 0; row < model->rowCount(); ++row) {
-        QVERIFY(grid->isFirstColumnSpanned(row, QModelIndex()));
-        QCOMPARE(model->index(row, 0).data().toString(), Sites::name(row + 1));
-        QCOMPARE(model->index(row, 0).data(Qt::TextAlignmentRole).value<Qt::Alignment>(),
-                 Qt::Alignment(Qt::AlignCenter));
-    }
-
-    const QModelIndex linkRow = model->index(0, 2, siteRow);
-    // A numeric status comes with its percentage; no other cell does.
-    const QModelIndex status = model->index(0, int(Field::Status), siteRow);
-    for (const auto &[text, percent] :
-         {std::pair<const char *, QVariant>{"45.67", 46}, {"Waiting", QVariant()}, {"150", 100}}) {
-        m_core->list().setField(m_core->list().childAt(1, 0), Field::Status, text);
-        QCOMPARE(status.data(GridModel::ProgressRole), percent);
-    }
-    QVERIFY(!linkRow.data(GridModel::ProgressRole).isValid());
-}
-
-void TestMainWindow::editLink_data()
-{
-    QTest::addColumn<QString>("present");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("result");
-    const QString link("http://rapidshare.com/files/1/a.zip");
-    const QString other("http://rapidshare.com/files/2/b.zip");
-    const QString ask("Are you sure that you want to change the link?");
-    const int yes = int(Prompts::Answer::Yes), no = int(Prompts::Answer::No);
-    QTest::newRow("yes") << link << other << yes << ask << other;
-    QTest::newRow("no") << link << other << no << ask << link;
-    QTest::newRow("emptied") << link << "" << yes << "Link value can not be empty" << link;
-    QTest::newRow("present 0") << "0" << other << no << "" << other;
-    QTest::newRow("present 1") << "1" << other << no << "" << other;
-    QTest::newRow("present 2") << "2" << other << no << ask << "2";
-    QTest::newRow("row removed while asked") << link << other << yes << ask << "<gone>";
-}
-
-void TestMainWindow::editLink()
-{
-    QFETCH(QString, present);
-    QFETCH(QString, typed);
-    QFETCH(int, answer);
-    QFETCH(QString, message);
-    QFETCH(QString, result);
-    DownloadList &list = m_core->list();
-    QVERIFY(list.addLinkToList(present, 1, m_prompts.get()));
-    LinkRow *row = list.childAt(1, 0);
-    list.setField(row, Field::DirectURL, "http://direct/a.zip");
-    list.setField(row, Field::Status, "Complete");
-    list.setField(row, Field::LocalFile, "a.zip");
-    m_prompts->answers.enqueue(Prompts::Answer(answer));
-    const bool removed = result == "<gone>";
-    if (removed)
-        m_prompts->whileAsking = [&] { list.removeRow(row); };
-
-    // The user types into the link cell and presses Enter.
-    QTreeView *grid = m_window->grid();
-    grid->expand(view(site(1)));
-    const QModelIndex cell = linkCell(1, 0, Field::LinkURL);
-    grid->setCurrentIndex(cell);
-    grid->edit(cell);
-    auto *editor = grid->viewport()->findChild<QLineEdit *>();
-    QVERIFY(editor);
-    QCOMPARE(editor->text(), present);
-    editor->selectAll();
-    if (typed.isEmpty())
-        QTest::keyClick(editor, Qt::Key_Delete);
-    else
-        QTest::keyClicks(editor, typed);
-    QTest::keyClick(editor, Qt::Key_Return);
-    // The delegate commits from the event queue.
-    QTRY_VERIFY(!grid->viewport()->findChild<QLineEdit *>());
-
-    QList<QVariantList> expected;
-    if (typed.isEmpty())
-        expected << box(message, Prompts::Icon::Exclamation, Prompts::Buttons::Ok);
-    else if (!message.isEmpty())
-        expected << box(message, Prompts::Icon::Question, Prompts::Buttons::YesNo);
-    QCOMPARE(said(), expected);
-    if (removed) {
-        QCOMPARE(list.childCount(1), 0);
-        return;
-    }
-    // Nothing else of the row changes.
-    QCOMPARE((QStringList{row->values[int(Field::LinkURL)], cell.data().toString(),
-                          row->values[int(Field::DirectURL)], row->values[int(Field::Status)],
-                          row->values[int(Field::LocalFile)]}),
-             (QStringList{result, result, "http://direct/a.zip", "Complete", "a.zip"}));
-}
-
-void TestMainWindow::tickNeedsNoQuestion()
-{
-    seedLinks();
-    QTreeView *grid = m_window->grid();
-    grid->expand(view(site(1)));
-    const QModelIndex tick = linkCell(1, 0, Field::CheckBox);
-    const QRect box = grid->visualRect(tick);
-    QVERIFY(box.isValid());
-    QCOMPARE(value(1, 0, Field::CheckBox), QString("0"));
-    // Qt's check box sits at the cell's left; a click there toggles it.
-    const QPoint at(box.left() + box.height() / 2, box.center().y());
-    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
-    QCOMPARE(value(1, 0, Field::CheckBox), QString("1"));
-    QCOMPARE(tick.data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
-    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
-    QCOMPARE(value(1, 0, Field::CheckBox), QString("0"));
-    QVERIFY(m_prompts->messages.isEmpty());
-}
-
-void TestMainWindow::progressUpdatesKeepViewState()
-{
-    DownloadList &list = m_core->list();
-    for (int i = 0; i < 60; ++i)
-        QVERIFY(list.addLinkToList(QString("http://rapidshare.com/files/%1/f.zip").arg(i), 1,
-                                   m_prompts.get()));
-    QVERIFY(list.addLinkToList("http://www.hotfile.com/dl/1/a.rar", 7, m_prompts.get()));
-    QTreeView *grid = m_window->grid();
-    grid->expand(view(site(1)));
-    grid->expand(view(site(7)));
-    const QModelIndex chosen = linkCell(1, 5, Field::LinkURL);
-    grid->selectionModel()->select(chosen,
-                                   QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    grid->verticalScrollBar()->setValue(20);
-    QCoreApplication::processEvents();
-    const int scroll = grid->verticalScrollBar()->value();
-    QVERIFY(scroll > 0);
-    // Selection, expansion and scroll position as the user left them.
-    auto viewState = [&] {
-        return QVariantList{grid->selectionModel()->isSelected(chosen),
-                            int(grid->selectionModel()->selectedRows().size()),
-                            grid->isExpanded(view(site(1))) && grid->isExpanded(view(site(7))),
-                            grid->verticalScrollBar()->value()};
-    };
-    const QVariantList before = viewState();
-    QCOMPARE(before, (QVariantList{true, 1, true, scroll}));
-
-    QSignalSpy resets(m_window->gridModel(), &QAbstractItemModel::modelReset);
-    QSignalSpy layouts(m_window->gridModel(), &QAbstractItemModel::layoutChanged);
-    QSignalSpy changes(m_window->gridModel(), &QAbstractItemModel::dataChanged);
-    LinkRow *hot = list.childAt(7, 0);
-    for (int step = 1; step <= 20; ++step) {
-        list.setField(hot, Field::Status, QString::number(step * 4.5));
-        list.setField(hot, Field::Speed, QString("%1 KB/s").arg(step));
-        QCoreApplication::processEvents();
-    }
-    QCOMPARE((QList<qsizetype>{resets.count(), layouts.count(), changes.count()}),
-             (QList<qsizetype>{0, 0, 40}));
-    // Each change names its one cell.
-    const QModelIndex statusCell = linkCell(7, 0, Field::Status);
-    QCOMPARE(changes.at(0).mid(0, 2), (QVariantList{statusCell, statusCell}));
-    QCOMPARE(viewState(), before);
-
-    // A new link is one insertion too.
-    QVERIFY(list.addLinkToList("http://www.hotfile.com/dl/2/b.rar", 7, m_prompts.get()));
-    QCOMPARE(resets.count(), 0);
-    QCOMPARE(viewState(), before);
-}
 
 QTEST_MAIN(TestMainWindow)
 #include "tst_mainwindow.moc"
