@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <optional>
+#include <utility>
 
 class XmlHttpRequest;
 
@@ -62,6 +63,13 @@ std::optional<QString> post(RecipeSite &site, XmlHttpRequest &request, const QSt
 // The number behind "var c=" up to the next ";" of a page; 0 where there is
 // none or it is no whole number.
 int parseWaitSeconds(const QString &page);
+
+// Runs each step on its own: a run-time failure skips the rest of that step
+// only, and the next step runs with the values as they stand.
+template <typename... Steps> void eachStep(Steps &&...steps)
+{
+    (ignoreFailure(std::forward<Steps>(steps)), ...);
+}
 
 // A recipe's fetching step: any run-time failure ends in `word`, then the
 // next link.

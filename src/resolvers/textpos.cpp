@@ -46,6 +46,14 @@ int findBack(const QString &text, const QString &what, int start)
     return int(text.lastIndexOf(what, from, Qt::CaseInsensitive)) + 1;
 }
 
+int find16(const QString &text, const QString &what, int start)
+{
+    const int at = find(text, what, start);
+    if (at > 32767)
+        throw RuntimeFailure("Overflow");
+    return at;
+}
+
 bool contains(const QString &text, const QString &what)
 {
     return text.contains(what, Qt::CaseInsensitive);

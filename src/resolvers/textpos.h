@@ -18,6 +18,10 @@ int find(const QString &text, const QString &what, int start = 1);
 // found at `start`. Throws for a start of 0 or below -1.
 int findBack(const QString &text, const QString &what, int start = -1);
 
+// find() for a recipe that keeps its positions in 16 bits: a marker found
+// behind position 32,767 is a run-time failure ("Overflow").
+int find16(const QString &text, const QString &what, int start = 1);
+
 // True where `what` occurs anywhere in `text`, ignoring case.
 bool contains(const QString &text, const QString &what);
 

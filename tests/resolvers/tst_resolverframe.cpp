@@ -49,7 +49,7 @@ private slots:
         QTest::addColumn<QString>("what");
         QTest::addColumn<int>("start");
         QTest::addColumn<QString>("expected"); // "fails": a run-time failure
-        auto row = [](const char *name, const char *how, const char *text, const char *what,
+        auto row = [](const char *name, const char *how, const QByteArray &text, const char *what,
                       int start, const char *expected) {
             QTest::newRow(name) << QString(how) << QString(text) << QString(what) << start
                                 << QString(expected);
@@ -62,6 +62,9 @@ private slots:
         row("start behind the text", "find", "abc", "c", 4, "0");
         row("empty marker is found at the start", "find", "abc", "", 2, "2");
         row("start 0 fails", "find", "abc", "a", 0, "fails");
+        row("16 bits: at 32,767", "find16", QByteArray(32766, 'x') + "ab", "ab", 1, "32767");
+        row("16 bits: behind 32,767 fails", "find16", QByteArray(32767, 'x') + "ab", "ab", 1,
+            "fails");
         // Backwards; start -1 is the end of the text.
         row("back: last in the text", "back", "a/b/c", "/", -1, "4");
         row("back: none", "back", "abc", "/", -1, "0");
@@ -100,6 +103,8 @@ private slots:
         auto search = [&]() -> QString {
             if (how == "find")
                 return QString::number(TextPos::find(text, what, start));
+            if (how == "find16")
+                return QString::number(TextPos::find16(text, what, start));
             if (how == "back")
                 return QString::number(TextPos::findBack(text, what, start));
             if (how == "span")
@@ -259,6 +264,15 @@ private slots:
             QCOMPARE(f.site().localFolder(),
                      f.folder() + (value == 1 ? QStringLiteral("/RapidShare Files") : QString()));
         }
+        // Steps that fail on their own: the next runs with what stands.
+        QString order;
+        ResolverFrame::eachStep([&] { order += 'a'; },
+                                [&] {
+                                    TextPos::span("x", 0, 1);
+                                    order += 'b';
+                                },
+                                [&] { order += 'c'; });
+        QCOMPARE(order, QStringLiteral("ac"));
         // A guard of a fetching step.
         RecipeSite site = f.site();
         ResolverFrame::guardResolve(site, [] { TextPos::find(QStringLiteral("x"), "x", 0); });

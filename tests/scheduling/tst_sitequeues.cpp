@@ -448,104 +448,58 @@ private slots:
 
     // ---- What the transfer control reports ----
 
-    void progressTexts_data()
+    void transferReports_data()
     {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<int>("bytesPerSecond");
-        QTest::addColumn<float>("downloaded");
-        QTest::addColumn<float>("secondsLeft");
-        QTest::addColumn<QStringList>("texts"); // Status, Speed, TimeLeft
-        auto row = [](const char *name, double value, int bps, float done, float left,
-                      const char *texts) {
-            QTest::newRow(name) << value << bps << done << left << split(texts);
-        };
-        row("percent", 45.67, 1536, 4567.0f, 61.0f, "45.67|1.5 KB/S|00:01:01");
-        row("whole percent", 3.0, 12, 30.0f, 5.0f, "3|12 Bytes/S|00:00:05");
-        row("hours", 0.5, 1048576, 1.0f, 7199.0f, "0.5|1 MB/S|02:59:59");
-        row("size unknown", -1.0, 0, 1572864.0f, -1.0f, "1.5 MB so far|0 Bytes/S|?");
-        row("size unknown, rounded bytes", -1.0, 2048, 1000.6f, -1.0f,
-            "1001 Bytes so far|2 KB/S|?");
-    }
-
-    void progressTexts()
-    {
-        QFETCH(double, value);
-        QFETCH(int, bytesPerSecond);
-        QFETCH(float, downloaded);
-        QFETCH(float, secondsLeft);
-        QFETCH(QStringList, texts);
-
-        RecipeHarness h;
-        const int site = Sites::FourShared;
-        h.add(site, link(site, 0));
-        h.add(site, link(site, 1), "Connecting...");
-        h.queues->startDownloadLinks(site, true);
-        emit h.queues->downloader(site).progress(value, bytesPerSecond, downloaded, 0, secondsLeft);
-
-        QCOMPARE(
-            h.fields(site, 0, {Field::Status, Field::Speed, Field::TimeLeft, Field::IsDownloading}),
-            texts.join(u'|') + "|1");
-        QCOMPARE(h.at(site, 1), QString("Connecting..."));
-    }
-
-    void fileBeginSize_data()
-    {
-        QTest::addColumn<float>("size");
-        QTest::addColumn<QString>("fileSize");
-
-        QTest::newRow("bytes") << 1023.0f << "1023 Bytes";
-        QTest::newRow("kilobytes") << 1536.0f << "1.5 KB";
-        QTest::newRow("one gigabyte exactly") << 1073741824.0f << "";
-        QTest::newRow("beyond 32 bits") << 2147483648.0f << "guessed";
-        QTest::newRow("just below 32 bits") << 2147483520.0f << "2 GB";
-    }
-
-    void fileBeginSize()
-    {
-        QFETCH(float, size);
-        QFETCH(QString, fileSize);
-
-        RecipeHarness h;
-        const int site = Sites::MegaUpload;
-        start(h, site).cursor.setField(Field::FileSize, "guessed");
-        emit h.queues->downloader(site).fileBegin(size);
-        QCOMPARE(h.at(site, 0, Field::FileSize), fileSize);
-        QCOMPARE(h.at(site, 0), QString("Starting..."));
-    }
-
-    void transferEnds_data()
-    {
-        QTest::addColumn<QString>("event"); // complete, error, stopped
+        // An event of the site's transfer control, its arguments, and the row's
+        // Status before; the row's Status|Speed|TimeLeft|IsDownloading|FileSize
+        // after, and whether the next row started.
+        QTest::addColumn<QString>("event");
+        QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("argument");
         QTest::addColumn<QString>("after");
-        auto row = [](const char *name, const char *event, const char *before, const char *argument,
-                      const char *after) {
-            QTest::newRow(name) << QString(event) << QString(before) << QString(argument)
-                                << QString(after);
+        QTest::addColumn<bool>("nextRow");
+        auto row = [](const char *name, const char *event, const char *arguments,
+                      const char *before, const char *after, bool next = false) {
+            QTest::newRow(name) << QString(event) << split(arguments) << QString(before)
+                                << QString(after) << next;
         };
-        row("complete", "complete", "99.5", "", "Complete");
-        row("connection error", "error", "Connecting...", "Connection Error", "Connection Error");
-        row("other error", "error", "12.5", "Connection refused", "Error");
-        row("error in other case", "error", "12.5", "connection error", "Error");
-        row("stopped at 45%", "stopped", "45.12", "", "Stopped(45%)");
-        row("stopped at 0%", "stopped", "0", "", "Stopped(0%)");
-        row("stopped at 99.99%", "stopped", "99.99", "", "Stopped(100%)");
-        row("half up to even", "stopped", "45.5", "", "Stopped(46%)");
-        row("half down to even", "stopped", "46.5", "", "Stopped(46%)");
-        row("stopped so far", "stopped", "1.5 MB so far", "", "Stopped");
-        row("stopped SO FAR", "stopped", "12 Bytes SO FAR", "", "Stopped");
-        row("stopped counting", "stopped", "Wait 12 Seconds", "", "Stopped");
-        row("stopped, digit but no number", "stopped", "7 of 9", "", "7 of 9");
+        // progress: percent, bytes per second, bytes so far, seconds left.
+        row("percent", "progress", "45.67|1536|4567|61", "Connecting...",
+            "45.67|1.5 KB/S|00:01:01|1|2 KB");
+        row("whole percent, hours", "progress", "3|1048576|30|7199", "1",
+            "3|1 MB/S|02:59:59|1|2 KB");
+        row("size unknown", "progress", "-1|0|1572864|-1", "1", "1.5 MB so far|0 Bytes/S|?|1|2 KB");
+        row("size unknown, rounded bytes", "progress", "-1|2048|1000.6|-1", "1",
+            "1001 Bytes so far|2 KB/S|?|1|2 KB");
+        // fileBegin: the server's size replaces the one the recipe guessed.
+        row("size in bytes", "fileBegin", "1023", "Connecting...",
+            "Connecting...|1 KB/S|00:00:05|1|1023 Bytes");
+        row("one gigabyte exactly", "fileBegin", "1073741824", "1", "1|1 KB/S|00:00:05|1|");
+        row("beyond 32 bits", "fileBegin", "2147483648", "1", "1|1 KB/S|00:00:05|1|2 KB");
+        row("just below 32 bits", "fileBegin", "2147483520", "1", "1|1 KB/S|00:00:05|1|2 GB");
+        row("complete", "complete", "", "99.5", "Complete|||0|2 KB", true);
+        row("connection error", "error", "Connection Error", "Connecting...",
+            "Connection Error|||0|2 KB", true);
+        row("other error", "error", "Connection refused", "12.5", "Error|||0|2 KB", true);
+        row("error in other case", "error", "connection error", "12.5", "Error|||0|2 KB", true);
+        row("stopped at 45%", "stopped", "", "45.12", "Stopped(45%)|||0|2 KB");
+        row("stopped at 0%", "stopped", "", "0", "Stopped(0%)|||0|2 KB");
+        row("stopped at 99.99%", "stopped", "", "99.99", "Stopped(100%)|||0|2 KB");
+        row("half up to even", "stopped", "", "45.5", "Stopped(46%)|||0|2 KB");
+        row("half down to even", "stopped", "", "46.5", "Stopped(46%)|||0|2 KB");
+        row("stopped so far", "stopped", "", "1.5 MB so far", "Stopped|||0|2 KB");
+        row("stopped SO FAR", "stopped", "", "12 Bytes SO FAR", "Stopped|||0|2 KB");
+        row("stopped counting", "stopped", "", "Wait 12 Seconds", "Stopped|||0|2 KB");
+        row("stopped, digit but no number", "stopped", "", "7 of 9", "7 of 9|||0|2 KB");
     }
 
-    void transferEnds()
+    void transferReports()
     {
         QFETCH(QString, event);
+        QFETCH(QStringList, arguments);
         QFETCH(QString, before);
-        QFETCH(QString, argument);
         QFETCH(QString, after);
-        const bool nextRow = event != "stopped";
+        QFETCH(bool, nextRow);
 
         RecipeHarness h;
         const int site = Sites::RapidShare;
@@ -556,11 +510,17 @@ private slots:
         row.setField(Field::FileSize, "2 KB");
 
         DownloadAsynch &control = h.queues->downloader(site);
+        auto number = [&](int i) { return arguments.value(i).toDouble(); };
         auto raise = [&] {
-            if (event == "complete")
+            if (event == "progress")
+                emit control.progress(number(0), int(number(1)), float(number(2)), 0,
+                                      float(number(3)));
+            else if (event == "fileBegin")
+                emit control.fileBegin(float(number(0)));
+            else if (event == "complete")
                 emit control.complete();
             else if (event == "error")
-                emit control.error(argument);
+                emit control.error(arguments.value(0));
             else
                 emit control.stopped();
         };
@@ -568,8 +528,9 @@ private slots:
 
         QCOMPARE(h.fields(site, 0,
                           {Field::Status, Field::Speed, Field::TimeLeft, Field::IsDownloading,
-                           Field::FileSize, Field::ErrorDesc}),
-                 after + "|||0|2 KB|");
+                           Field::FileSize}),
+                 after);
+        QCOMPARE(h.at(site, 0, Field::ErrorDesc), QString());
         QCOMPARE(h.at(site, 1), QString(nextRow ? "Starting..." : "Waiting"));
         QCOMPARE(h.standIn(site).calls.size(), nextRow ? 2 : 1);
         QVERIFY(h.ranOut.isEmpty());
@@ -578,7 +539,6 @@ private slots:
         if (nextRow) {
             raise();
             QCOMPARE(h.ranOut, QList<int>{site});
-            QCOMPARE(h.at(site, 1), event == "complete" ? QString("Complete") : after);
         }
     }
 
@@ -592,8 +552,7 @@ private slots:
         auto row = [](const char *state, const char *status, const char *wait) {
             QTest::newRow(state) << QString(state) << QString(status) << QString(wait);
         };
-        row("idle", "Waiting", "0");
-        row("resolving", "Stopped", "0");
+        // A stop while resolving: stopThenStartWhileRecipeWaits.
         row("counting", "Stopped", "29");
         row("long wait", "Stopped", "240");
         row("handing off", "Stopped", "0");
@@ -632,123 +591,89 @@ private slots:
         h.add(site, server.url("/next.bin"));
         QSignalSpy stopped(ctx.downloader, &DownloadAsynch::stopped);
 
-        if (state == "resolving") {
-            standIn.mode = StandInRecipe::Mode::Hold;
-            standIn.holdUrl = server.url("/quiet.bin");
-            QTimer::singleShot(20, h.queues.get(), [&] {
-                QCOMPARE(h.at(site, 0), QString("Starting..."));
-                h.queues->stopDownloads(site);
-                // The control's stop event wrote the row before the recipe woke.
-                QCOMPARE(h.fields(site, 0, {Field::Status, Field::IsDownloading}),
-                         QString("Stopped|0"));
-            });
-            h.queues->startDownloadLinks(site, true);
-        } else if (state != "idle") {
-            standIn.mode = StandInRecipe::Mode::Resolve;
-            standIn.wait = state == "counting" ? 30 : state == "long wait" ? 300 : 0;
-            standIn.interval = state == "long wait" ? 60000 : 1000;
-            h.queues->startDownloadLinks(site, true);
-            if (state == "counting" || state == "long wait") {
-                emit ctx.timer->timeout();
-                QCOMPARE(h.at(site, 0),
-                         QString(state == "counting" ? "Wait 29 Seconds" : "Wait 4 Minutes"));
-            } else if (state == "handing off") {
-                emit ctx.timer->timeout();
-                QVERIFY(server.waitForRequests(1));
-                QCOMPARE(h.at(site, 0), QString("Connecting..."));
-            } else {
-                const QString shown = state == "percent" ? "45" : "43.95 KB so far";
-                QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 0), shown, 10000);
-                static const QRegularExpression clock("^\\d\\d+:\\d\\d:\\d\\d$");
-                const QString left = h.at(site, 0, Field::TimeLeft);
-                QVERIFY2(state == "percent" ? clock.match(left).hasMatch() : left == "?",
-                         qPrintable(left));
-            }
-            QVERIFY(h.queues->isDownloading(site));
+        standIn.mode = StandInRecipe::Mode::Resolve;
+        standIn.wait = state == "counting" ? 30 : state == "long wait" ? 300 : 0;
+        standIn.interval = state == "long wait" ? 60000 : 1000;
+        h.queues->startDownloadLinks(site, true);
+        if (state == "counting" || state == "long wait") {
+            emit ctx.timer->timeout();
+            QCOMPARE(h.at(site, 0),
+                     QString(state == "counting" ? "Wait 29 Seconds" : "Wait 4 Minutes"));
+        } else if (state == "handing off") {
+            emit ctx.timer->timeout();
+            QVERIFY(server.waitForRequests(1));
+            QCOMPARE(h.at(site, 0), QString("Connecting..."));
+        } else {
+            const QString shown = state == "percent" ? "45" : "43.95 KB so far";
+            QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 0), shown, 10000);
+            static const QRegularExpression clock("^\\d\\d+:\\d\\d:\\d\\d$");
+            const QString left = h.at(site, 0, Field::TimeLeft);
+            QVERIFY2(state == "percent" ? clock.match(left).hasMatch() : left == "?",
+                     qPrintable(left));
         }
-        if (state != "resolving")
-            h.queues->stopDownloads(site);
+        QVERIFY(h.queues->isDownloading(site));
+        h.queues->stopDownloads(site);
 
-        QCOMPARE(stopped.size(), state == "idle" ? 0 : 1);
+        QCOMPARE(stopped.size(), 1);
         QVERIFY(!h.queues->isDownloading(site));
         QCOMPARE(
             h.fields(site, 0, {Field::Status, Field::WaitTimeInSec, Field::Speed, Field::TimeLeft}),
             status + '|' + wait + "||");
-        QVERIFY(!ctx.timer->isEnabled());
-        QCOMPARE(ctx.bStop, state != "idle");
+        QVERIFY(!ctx.timer->isEnabled() && ctx.bStop);
 
         // A stop never moves on, and no late event of the closed transfer does.
         QTest::qWait(100);
         QCOMPARE(h.statuses(site), (QStringList{status, "Waiting"}));
-        QCOMPARE(standIn.calls.size(), state == "idle" ? 0 : 1);
+        QCOMPARE(standIn.calls.size(), 1);
         QVERIFY(h.ranOut.isEmpty());
         if (state == "handing off" || transferring)
             QTRY_COMPARE(server.closedByClient(), 1);
 
         // The next start begins at the first eligible row: the stopped one.
-        if (state != "idle") {
-            standIn.mode = StandInRecipe::Mode::Record;
-            h.queues->startDownloadLinks(site, true);
-            QVERIFY(!ctx.bStop);
-            QCOMPARE(standIn.calls.last(), address);
-        }
+        standIn.mode = StandInRecipe::Mode::Record;
+        h.queues->startDownloadLinks(site, true);
+        QVERIFY(!ctx.bStop);
+        QCOMPARE(standIn.calls.last(), address);
     }
 
     void twoSitesSideBySide()
     {
+        // Each site transfers on its own control: while one reports progress,
+        // the other is in the middle of its own transfer.
         RecipeHarness::setPeriods(20);
         TestServer server;
         QVERIFY(server.listen());
-        const QList<int> sites = {Sites::RapidShare, Sites::FileFactory};
-        auto path = [](int site, int n) {
-            return QStringLiteral("/s%1/file%2.bin").arg(site).arg(n);
-        };
-        QHash<QString, QByteArray> bodies;
         RecipeHarness h;
         h.createSubDir = 1;
+        const QList<int> sites = {Sites::RapidShare, Sites::FileFactory};
         for (int site : sites) {
-            StandInRecipe &standIn = h.standIn(site);
-            standIn.mode = StandInRecipe::Mode::Resolve;
-            standIn.wait = 1;
-            for (int n = 0; n < 2; ++n) {
-                const QByteArray body = payload(
-                    16384 * (site == Sites::RapidShare ? 4 : 3) + n * 1024, char('A' + site + n));
-                bodies.insert(path(site, n), body);
-                server.setAnswer(path(site, n).toLatin1(),
-                                 TestServer::Answer::ok(body).cutEvery(4096, 15));
-                h.add(site, server.url(path(site, n)));
-            }
+            h.standIn(site).mode = StandInRecipe::Mode::Resolve;
+            const QByteArray path = "/s" + QByteArray::number(site) + ".bin";
+            server.setAnswer(
+                path, TestServer::Answer::ok(payload(65536, char('A' + site))).cutEvery(4096, 15));
+            h.add(site, server.url(QString::fromLatin1(path)));
         }
         h.add(Sites::HotFile, link(Sites::HotFile, 0), "Complete");
-
-        // While one site reports progress, the other is in the middle of its own
-        // transfer.
         int overlaps = 0;
         QObject::connect(&h.queues->downloader(Sites::RapidShare), &DownloadAsynch::progress, [&] {
             bool isNumber = false;
-            if (const LinkRow *other = h.context(Sites::FileFactory).cursor.row())
-                other->values[int(Field::Status)].toDouble(&isNumber);
+            h.at(Sites::FileFactory, 0).toDouble(&isNumber);
             overlaps += isNumber ? 1 : 0;
         });
 
         h.queues->startDownloadClicked();
         for (int site : sites)
-            QCOMPARE(h.statuses(site), (QStringList{"Wait 1 Seconds", "Waiting"}));
-        for (int site : sites)
-            QTRY_COMPARE_WITH_TIMEOUT(h.statuses(site), (QStringList{"Complete", "Complete"}),
-                                      20000);
+            QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 0), QString("Complete"), 20000);
         QVERIFY(overlaps > 0);
-        QVERIFY(!h.queues->isAnyDownloading());
-        QCOMPARE(h.ranOut.size(), 3); // HotFile's at once, then each site's
-        QCOMPARE(h.ranOut.first(), int(Sites::HotFile));
+        // HotFile's queue runs out at once, then each site's after its row.
+        QTRY_COMPARE(h.ranOut.size(), 3);
+        QVERIFY(h.ranOut[0] == Sites::HotFile && h.ranOut.contains(sites[0]) &&
+                h.ranOut.contains(sites[1]));
         for (int site : sites) {
-            for (int n = 0; n < 2; ++n) {
-                const QByteArray &body = bodies[path(site, n)];
-                QCOMPARE(h.at(site, n, Field::FileSize), sizeToText(body.size()));
-                QCOMPARE(
-                    h.fileIn(Sites::site(site).subFolder + QStringLiteral("/file%1.bin").arg(n)),
-                    body);
-            }
+            QCOMPARE(h.at(site, 0, Field::FileSize), QString("64 KB"));
+            QCOMPARE(
+                h.fileIn(QStringLiteral("%1/s%2.bin").arg(Sites::site(site).subFolder).arg(site)),
+                payload(65536, char('A' + site)));
         }
     }
 
