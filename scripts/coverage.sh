@@ -16,8 +16,15 @@ if [ ! -f build-coverage/build.ninja ]; then
     -DCMAKE_CXX_FLAGS="--coverage -O0" -DTESSALWICK_BENCHMARKS=OFF
 fi
 cmake --build build-coverage
+# Counts of an earlier run go, and so do the notes of objects that no longer
+# exist (a removed source), which gcovr would otherwise try to read.
 find build-coverage -name '*.gcda' -delete
+ninja -C build-coverage -t cleandead >/dev/null
+find build-coverage -name '*.gcno' | while read -r note; do
+  [ -f "${note%.gcno}.o" ] || rm -f "$note"
+done
 QT_QPA_PLATFORM=offscreen ctest --test-dir build-coverage --output-on-failure -j2
 gcovr -r . --object-directory build-coverage --filter 'src/' --exclude 'src/ui/' \
-  --exclude 'src/main.cpp' --exclude-unreachable-branches --print-summary -o build-coverage/coverage.txt
+  --exclude 'src/main.cpp' --exclude-unreachable-branches --print-summary \
+  -o build-coverage/coverage.txt build-coverage
 tail -3 build-coverage/coverage.txt

@@ -61,7 +61,7 @@ bool waitForAnswer(RecipeSite &site, XmlHttpRequest &request, OnBadStatus onBadS
     case PollResult::Ended:
         break;
     }
-    if (request.status() == 200)
+    if (request.status() == 200 || onBadStatus == OnBadStatus::Accepted)
         return true;
     switch (onBadStatus) {
     case OnBadStatus::ConnectionFailure:
@@ -72,6 +72,8 @@ bool waitForAnswer(RecipeSite &site, XmlHttpRequest &request, OnBadStatus onBadS
         break;
     case OnBadStatus::ConnectionErrorAtRest:
         site.writeFailure(StatusText::ConnectionError);
+        break;
+    case OnBadStatus::Accepted:
         break;
     }
     return false;

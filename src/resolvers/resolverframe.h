@@ -41,6 +41,7 @@ enum class OnBadStatus {
     ConnectionFailure,     // "Connection Error", then the next link (the frame's rule)
     Error,                 // "Error", then the next link
     ConnectionErrorAtRest, // "Connection Error", and the queue rests on the row
+    Accepted,              // any answer will do: the recipe reads what came
 };
 
 // The poll with its consequences: true for an answer with status 200;

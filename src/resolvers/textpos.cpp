@@ -89,6 +89,17 @@ QString between(const QString &text, const QString &open, const QString &close, 
     return b == 0 ? QString() : span(text, from, b - from);
 }
 
+QString trimBlanks(const QString &text)
+{
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && text.at(begin) == QLatin1Char(' '))
+        ++begin;
+    while (end > begin && text.at(end - 1) == QLatin1Char(' '))
+        --end;
+    return text.mid(begin, end - begin);
+}
+
 bool isNumeric(const QString &text)
 {
     const QString t = text.trimmed();

@@ -41,6 +41,9 @@ QString afterLast(const QString &text, const QString &what);
 // `close` behind it, ignoring case; a null text where either is missing.
 QString between(const QString &text, const QString &open, const QString &close, int start = 1);
 
+// The text without the blanks at either end; tabs and line breaks stay.
+QString trimBlanks(const QString &text);
+
 // Reads as a number: blanks around it, an optional sign, digits with at most
 // one decimal point, an optional exponent. " 3" and "123 " do, " " and "3 4"
 // don't.

@@ -321,7 +321,7 @@ void SiteQueues::onSiteTimer(int site)
             // The last tick shows no 0: the wait ends on the tick that finds
             // the value of one interval or less.
             ctx.timer->setEnabled(false);
-            runExclusive(ctx, [&] { endOfWait(ctx); });
+            endOfWait(ctx);
             return;
         }
         row.setField(Field::WaitTimeInSec, NumberText::fromDouble(wait - step));
@@ -345,10 +345,16 @@ void SiteQueues::onSiteTimer(int site)
 
 void SiteQueues::endOfWait(SiteContext &ctx)
 {
+    // A run of the recipe from here is a run like any other: the starts it
+    // asks for come after it. (The site's recipe is never on the stack while
+    // its timer counts: a recipe starts the timer as it returns.)
     auto resolveAgain = [this, &ctx] {
         if (!ctx.recipe)
             throw RuntimeFailure("No recipe for the site");
-        runRecipe(ctx);
+        if (ctx.busy)
+            runRecipe(ctx);
+        else
+            runExclusive(ctx, [&] { runRecipe(ctx); });
     };
     switch (ctx.info->waitEnd) {
     case Sites::WaitEnd::HandOff:

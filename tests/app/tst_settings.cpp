@@ -1,17 +1,13 @@
 #include "app/appcore.h"
 #include "app/cregister.h"
-#include "fakeprompts.h"
 #include "sandbox.h"
 
 #include <QtTest>
 
-namespace {
-constexpr quint32 HKLM = CRegister::HKEY_LOCAL_MACHINE;
-}
-
 class TestSettings : public QObject
 {
     Q_OBJECT
+    static constexpr quint32 HKLM = CRegister::HKEY_LOCAL_MACHINE;
     std::unique_ptr<Sandbox> m_sandbox;
     CRegister reg;
 
@@ -19,105 +15,82 @@ private slots:
     void init() { m_sandbox = std::make_unique<Sandbox>(); }
     void cleanup() { m_sandbox.reset(); }
 
-    // A value written under one section name and read under another. An
-    // empty "read" means the section or key written is refused.
-    void sections_data()
+    // A value written as "section|name|value", then read and deleted as
+    // "section|name" (empty: as written). `done` tells, in order: the write,
+    // the read ("none" for the default), the delete, and what the written
+    // name reads then.
+    void store_data()
     {
+        QTest::addColumn<quint32>("root");
         QTest::addColumn<QString>("written");
         QTest::addColumn<QString>("read");
-        QTest::addColumn<QString>("found");
-        auto row = [](const char *tag, const char *written, const char *read, const char *found) {
-            QTest::newRow(tag) << QString(written) << QString(read) << QString(found);
+        QTest::addColumn<QString>("done");
+        auto row = [](const char *tag, const QString &written, const QString &read,
+                      const QString &done, quint32 root = HKLM) {
+            QTest::newRow(tag) << root << written << read << done;
         };
-        row("leading", "\\SOFTWARE\\App", "SOFTWARE\\App", "stored");
-        row("trailing", "SOFTWARE\\App\\", "SOFTWARE\\App", "stored");
-        row("both", "\\SOFTWARE\\App\\", "\\SOFTWARE\\App", "stored");
-        // Only one separator goes at each end; the name left is no valid key.
-        row("only one of each goes", "\\\\SOFTWARE\\App", "SOFTWARE\\App", "");
-        row("empty name inside", "SOFTWARE\\\\App", "SOFTWARE\\App", "");
-        row("other section", "SOFTWARE\\App", "SOFTWARE\\Other", "none");
-    }
-    void sections()
-    {
-        QFETCH(QString, written);
-        QFETCH(QString, read);
-        QFETCH(QString, found);
-        QCOMPARE(reg.regSaveSetting(HKLM, written, "Value", "stored"), !found.isEmpty());
-        QCOMPARE(reg.regGetSetting(HKLM, read, "Value", "none"), found.isEmpty() ? "none" : found);
-        QCOMPARE(reg.regGetSetting(HKLM, written, "Value", "none"),
-                 QString(found.isEmpty() ? "none" : "stored"));
-    }
-
-    void valuesAndDefaults()
-    {
-        const QString app = Settings::sApplicationKey;
-        QCOMPARE(reg.regGetSetting(HKLM, "\\SOFTWARE\\Nothing", "DownDir", "dflt"),
-                 QString("dflt"));
-        // An empty value reads as missing.
-        QVERIFY(reg.regSaveSetting(HKLM, app, "DownDir", ""));
-        QCOMPARE(reg.regGetSetting(HKLM, app, "DownDir", "dflt"), QString("dflt"));
-        // An unknown root key holds nothing and takes nothing.
-        QVERIFY(!reg.regSaveSetting(0x12345, app, "DownDir", "x"));
-        QCOMPARE(reg.regGetSetting(0x12345, app, "DownDir", "dflt"), QString("dflt"));
-        QVERIFY(!reg.regDeleteSetting(0x12345, app, "DownDir"));
-
+        // One separator at each end of a section name is dropped, no more; a
+        // name left with an empty part is no valid key.
+        row("leading", "\\Soft\\App|Value|v", "Soft\\App|Value", "saved|v|deleted|none");
+        row("trailing", "Soft\\App\\|Value|v", "Soft\\App|Value", "saved|v|deleted|none");
+        row("both", "\\Soft\\App\\|Value|v", "\\Soft\\App|Value", "saved|v|deleted|none");
+        row("two leading", "\\\\Soft\\App|Value|v", "Soft\\App|Value", "refused|none|kept|none");
+        row("empty part", "Soft\\\\App|Value|v", "Soft\\App|Value", "refused|none|kept|none");
+        // Deleting needs the value to be there.
+        row("other section", "Soft\\App|Value|v", "Soft\\Other|Value", "saved|none|kept|v");
+        row("empty value reads as missing", "Soft\\App|Value|", "", "saved|none|deleted|none");
+        row("unknown root key", "Soft\\App|Value|v", "", "refused|none|kept|none", 0x12345);
+        // "*" is the section's unnamed value, apart from a value named "Default".
+        row("unnamed is not Default", "Soft\\App|*|v", "Soft\\App|Default", "saved|none|kept|v");
+        // The program's run-at-log-on value is the desktop's autostart entry.
+        const QString run = Settings::sRunKey + '|' + Settings::sAppKeyName;
+        row("autostart", run + "|/opt/t/x -m", "\\" + run, "saved|/opt/t/x -m|deleted|none");
         // Any text comes back as written.
         for (const QString &text :
-             {QString("C:\\Sharing Downloads"), QString("a=b;c,d"), QString("  spaced  "),
-              QString(5000, 'z'), QString("ünïcödé / slash"), QString("[group]"),
-              QString("#hash")}) {
-            QVERIFY(reg.regSaveSetting(HKLM, app, "App Path", text));
-            QCOMPARE(reg.regGetSetting(HKLM, app, "App Path", ""), text);
-        }
-
-        // "*" is the section's unnamed value, apart from a value named "Default".
-        QVERIFY(reg.regSaveSetting(HKLM, "SOFTWARE\\App", "*", "unnamed"));
-        QVERIFY(reg.regSaveSetting(HKLM, "SOFTWARE\\App", "Default", "named"));
-        QCOMPARE(reg.regGetSetting(HKLM, "SOFTWARE\\App", "*", ""), QString("unnamed"));
-        QVERIFY(reg.regDeleteSetting(HKLM, "SOFTWARE\\App", "*"));
-        QCOMPARE(reg.regGetSetting(HKLM, "SOFTWARE\\App", "*", "gone"), QString("gone"));
-        QCOMPARE(reg.regGetSetting(HKLM, "SOFTWARE\\App", "Default", ""), QString("named"));
-
-        // Deleting needs the value to be there; the section may carry separators.
-        QVERIFY(!reg.regDeleteSetting(HKLM, app, "DoNothing"));
-        QVERIFY(reg.regSaveSetting(HKLM, app, "DoNothing", "0"));
-        QVERIFY(reg.regDeleteSetting(HKLM, "SOFTWARE\\TessalwickDownloadManager\\", "DoNothing"));
-        QCOMPARE(reg.regGetSetting(HKLM, app, "DoNothing", "1"), QString("1"));
+             QStringList{"C:\\Sharing Downloads", "a=b;c,d", "  spaced  ", QString(5000, 'z'),
+                         "ünïcödé / slash", "[group]", "#hash"})
+            row(qPrintable(text.left(20)), "\\Soft\\App|Path|" + text, "",
+                "saved|" + text + "|deleted|none");
+    }
+    void store()
+    {
+        QFETCH(quint32, root);
+        QFETCH(QString, written);
+        QFETCH(QString, read);
+        QFETCH(QString, done);
+        const QStringList w = written.split('|'), r = read.isEmpty() ? w : read.split('|');
+        QStringList did{reg.regSaveSetting(root, w[0], w[1], w[2]) ? "saved" : "refused"};
+        did << reg.regGetSetting(root, r[0], r[1], "none");
+        did << (reg.regDeleteSetting(root, r[0], r[1]) ? "deleted" : "kept");
+        did << reg.regGetSetting(root, w[0], w[1], "none");
+        QCOMPARE(did.join('|'), done);
     }
 
     void autostartEntry()
     {
-        const QString command = "/opt/tessalwick/tessalwick /minimize";
-        const QString &run = Settings::sRunKey, &name = Settings::sAppKeyName;
-        QCOMPARE(reg.regGetSetting(HKLM, run, name, ""), QString());
-        QVERIFY(reg.regSaveSetting(HKLM, run, name, command));
+        QVERIFY(reg.regSaveSetting(HKLM, Settings::sRunKey, Settings::sAppKeyName, "/opt/t/x -m"));
         QFile file(m_sandbox->config() + "/autostart/TessalwickDownloadManager.desktop");
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QByteArray text = file.readAll();
-        QVERIFY(text.startsWith("[Desktop Entry]\n"));
-        QVERIFY(text.contains("\nExec=" + command.toUtf8() + "\n"));
-        QCOMPARE(reg.regGetSetting(HKLM, "\\" + run, name, ""), command);
-        QVERIFY(reg.regDeleteSetting(HKLM, run, name));
-        QVERIFY(!file.exists());
-        QCOMPARE(reg.regGetSetting(HKLM, run, name, ""), QString());
+        QVERIFY(text.startsWith("[Desktop Entry]\n") && text.contains("\nExec=/opt/t/x -m\n"));
     }
 
     void readOnlyStoreStillReads()
     {
-        QVERIFY(reg.regSaveSetting(HKLM, Settings::sApplicationKey, "DownDir", "/data/dl"));
-        const QString store = CRegister::storeFolder() + "/HKEY_LOCAL_MACHINE.ini";
-        QVERIFY(QFile::setPermissions(store, QFile::ReadOwner));
-        QFile::setPermissions(CRegister::storeFolder(), QFile::ReadOwner | QFile::ExeOwner);
-        const bool wrote = reg.regSaveSetting(HKLM, Settings::sApplicationKey, "DownDir", "/other");
-        const QString read = reg.regGetSetting(HKLM, Settings::sApplicationKey, "DownDir", "");
-        QFile::setPermissions(CRegister::storeFolder(),
-                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QVERIFY(Settings::save("DownDir", "/data/dl"));
+        const QString folder = CRegister::storeFolder();
+        QVERIFY(QFile::setPermissions(folder + "/HKEY_LOCAL_MACHINE.ini", QFile::ReadOwner));
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+        const bool wrote = Settings::save("DownDir", "/other");
+        const QString read = Settings::get("DownDir", "");
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         if (wrote)
             QSKIP("running with rights that ignore file permissions");
         QCOMPARE(read, QString("/data/dl"));
     }
 
     // The start-up reads the stored texts; an empty text counts as missing.
+    // Writing a choice back is tst_mainwindow's (checkBoxes, browseFolder).
     void readSettings_data()
     {
         QTest::addColumn<QStringList>("stored"); // DownDir, CreatSubDir, StartAfterCatch, DoNothing
@@ -125,11 +98,11 @@ private slots:
         auto row = [](const char *tag, const QStringList &stored, const char *read) {
             QTest::newRow(tag) << stored << QString(read);
         };
-        row("defaults", {"", "", "", ""}, "~/Sharing Downloads|0|false|true");
-        row("stored", {"/srv/dl", "1", "1", "False"}, "/srv/dl|1|true|false");
-        row("words in any case", {"", "2", " TRUE ", "false"}, "~/Sharing Downloads|2|true|false");
-        row("numbers", {"", "x", "-0.5", "0.0"}, "~/Sharing Downloads|0|true|false");
-        row("other words", {"", "1.5", "yes", "no"}, "~/Sharing Downloads|0|false|false");
+        row("defaults", {"", "", "", ""}, "~/Sharing Downloads|0|0|1");
+        row("stored", {"/srv/dl", "1", "1", "False"}, "/srv/dl|1|1|0");
+        row("words in any case", {"", "2", " TRUE ", "false"}, "~/Sharing Downloads|2|1|0");
+        row("numbers", {"", "x", "-0.5", "0.0"}, "~/Sharing Downloads|0|1|0");
+        row("other words", {"", "1.5", "yes", "no"}, "~/Sharing Downloads|0|0|0");
     }
     void readSettings()
     {
@@ -138,19 +111,12 @@ private slots:
         const QStringList names{"DownDir", "CreatSubDir", "StartAfterCatch", "DoNothing"};
         for (int i = 0; i < names.size(); ++i)
             QVERIFY(Settings::save(names[i], stored[i]));
-        FakePrompts prompts;
-        AppCore core(&prompts);
+        AppCore core(nullptr);
         core.readSettings();
-        QCOMPARE(QStringList({core.downloadDir(), QString::number(core.createSubDir()),
-                              core.startAfterCatch() ? "true" : "false",
-                              core.doNothing() ? "true" : "false"})
-                     .join('|'),
-                 QString(read).replace("~", m_sandbox->home()));
-        // The window writes a choice back at once, the sub-folder tick as a number.
-        core.setCreateSubDir(core.createSubDir() ? 0 : 1);
-        QCOMPARE(Settings::get("CreatSubDir", "x"), QString(core.createSubDir() ? "1" : "0"));
-        core.chooseDownloadDir("/srv/other");
-        QCOMPARE(Settings::get("DownDir", ""), QString("/srv/other"));
+        const QStringList got{core.downloadDir(), QString::number(core.createSubDir()),
+                              QString::number(core.startAfterCatch()),
+                              QString::number(core.doNothing())};
+        QCOMPARE(got.join('|'), QString(read).replace("~", m_sandbox->home()));
     }
 };
 

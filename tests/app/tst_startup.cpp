@@ -8,50 +8,41 @@
 #include <QProcess>
 #include <QtTest>
 
-#include <csignal>
-
 class TestStartup : public QObject
 {
     Q_OBJECT
     std::unique_ptr<Sandbox> m_sandbox;
     QString m_exe;
 
+    // The program runs without a screen and writes its prompts to standard
+    // error; it inherits the sandbox.
     std::unique_ptr<QProcess> start(const QStringList &args = {})
     {
         auto process = std::make_unique<QProcess>();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        env.insert("TESSALWICK_PROMPTS", "console");
-        process->setProcessEnvironment(env);
+        process->setEnvironment(QProcess::systemEnvironment() << "QT_QPA_PLATFORM=offscreen"
+                                                              << "TESSALWICK_PROMPTS=console");
         process->start(m_exe, args);
         process->waitForStarted();
         return process;
     }
     static QString handle() { return Settings::get("AppTextHandle", QString()); }
-    // Waits for a live hand-over name other than the previous one.
-    static bool waitForHandle(const QString &previous = QString())
+    // What a process said through its prompts: its lines of standard error
+    // that are messages or balloons.
+    static QString promptsOf(QProcess &process)
     {
-        QDeadlineTimer deadline(20000);
-        while (!deadline.hasExpired()) {
-            const QString h = handle();
-            if (!h.isEmpty() && h != previous && CaptureServer::isLive(h))
-                return true;
-            QTest::qWait(50);
-        }
-        return false;
+        const QStringList lines = QString(process.readAllStandardError()).split('\n');
+        return lines.filter(QRegularExpression("^(message|balloon): ")).join('\n');
     }
-    QByteArray listFile() const
+    // Ends a running instance as the session's end would: how it ended, the
+    // list it saved and what it said.
+    QStringList terminate(QProcess &process) const
     {
-        QFile f(m_sandbox->path("bin/LinkList.lq"));
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
-    // Ends a running instance as the session's end would.
-    static void terminate(QProcess &process)
-    {
-        QCOMPARE(process.state(), QProcess::Running);
-        ::kill(pid_t(process.processId()), SIGTERM);
-        QVERIFY(process.waitForFinished(10000));
-        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        process.terminate(); // SIGTERM
+        const bool ended = process.waitForFinished(10000) && process.exitCode() == 0 &&
+                           process.exitStatus() == QProcess::NormalExit;
+        QFile list(m_sandbox->path("bin/LinkList.lq"));
+        return {ended ? "ended" : "no orderly end",
+                list.open(QIODevice::ReadOnly) ? list.readAll() : "", promptsOf(process)};
     }
 
 private slots:
@@ -68,71 +59,53 @@ private slots:
     }
     void cleanup() { m_sandbox.reset(); }
 
-    // The first start makes the download folder and publishes its way in. One
-    // killed without cleaning up leaves a lock and a hand-over name behind that
-    // don't count: the next start runs as the only instance. An empty list is
-    // stored as no file.
-    void firstStartAndStaleLock()
+    // The first start makes the download folder and publishes its way in.
+    // One killed without cleaning up leaves a lock and a hand-over name
+    // behind that don't count: a start without a link (which asks the lock
+    // alone) runs as the only instance, and so does one with a link (which
+    // asks the name alone), saying it is here and keeping the link.
+    // While that one runs, a start with a link only signals it, which adds
+    // nothing, and one without a link warns; both end. Links from the
+    // outside component still arrive.
+    void startUps()
     {
-        auto first = start();
-        QVERIFY(waitForHandle());
+        const QString link = "http://hotfile.com/dl/1/abc/file.rar";
+        QString handover;
+        std::unique_ptr<QProcess> process;
+        for (const QStringList &args : {QStringList(), QStringList(), QStringList{link}}) {
+            if (process) {
+                process->kill();
+                QVERIFY(process->waitForFinished(10000));
+            }
+            process = start(args);
+            // A live hand-over name, other than the one before.
+            QTRY_VERIFY_WITH_TIMEOUT(handle() != handover && CaptureServer::isLive(handle()),
+                                     20000);
+            handover = handle();
+        }
         QVERIFY(QFileInfo(m_sandbox->home() + "/Sharing Downloads").isDir());
         QVERIFY(!Settings::get("App Path", "").isEmpty());
-        const QString dead = handle();
-        first->kill();
-        QVERIFY(first->waitForFinished(10000));
 
-        auto next = start();
-        QVERIFY(waitForHandle(dead));
-        terminate(*next);
-        QVERIFY(!QFile::exists(m_sandbox->path("bin/LinkList.lq")));
-        QVERIFY(!next->readAllStandardError().contains("message:"));
-    }
-
-    // With a first instance running, a second start with a link only signals
-    // it, which adds nothing, and one without arguments warns; both end.
-    // Links from the outside component still arrive.
-    void secondStarts()
-    {
-        auto first = start();
-        QVERIFY(waitForHandle());
-        const QString firstHandle = handle();
-        QVERIFY(
-            CaptureServer::sendText(firstHandle, "http://rapidshare.com/files/1/from-capture.zip"));
-
-        QByteArray said[2];
-        for (int i = 0; i < 2; ++i) {
-            auto next =
-                start(i ? QStringList() : QStringList{"http://rapidshare.com/files/2/sec.zip"});
+        QVERIFY(CaptureServer::sendText(handover, "http://rapidshare.com/files/1/cap.zip"));
+        QStringList said;
+        for (const QStringList &args :
+             {QStringList{"http://rapidshare.com/files/2/sec.zip"}, QStringList()}) {
+            auto next = start(args);
             QVERIFY(next->waitForFinished(15000));
-            QCOMPARE(next->exitCode(), 0);
-            said[i] = next->readAllStandardError();
+            said << QString::number(next->exitCode()) + ' ' + promptsOf(*next);
         }
-        QCOMPARE(said[0], QByteArray());
-        QVERIFY(said[1].contains(
-            "message: [Tessalwick] Tessalwick is already running, Check it in the system tray."));
-        QCOMPARE(handle(), firstHandle);
-
-        terminate(*first);
-        const QByteArray saved = listFile();
-        QVERIFY(saved.contains("from-capture.zip") && !saved.contains("sec.zip"));
-        const QByteArray log = first->readAllStandardError();
-        QVERIFY(log.contains("balloon: [Tessalwick] 1 Link Added"));
-        QCOMPARE(log.count("Link Added"), 1);
-    }
-
-    void staleHandleLetsSecondStart()
-    {
-        // A hand-over name left by an instance that is gone: nobody answers it.
-        const QString stale = m_sandbox->runtime() + "/tessalwick-capture-999999";
-        Settings::save("AppTextHandle", stale);
-        auto second = start({"http://hotfile.com/dl/1/abc/file.rar"});
-        QVERIFY(waitForHandle(stale));
-        terminate(*second);
-        QVERIFY(
-            listFile().contains("7\r\nhttp://hotfile.com/dl/1/abc/file.rar\r\n?\r\nWaiting\r\n"));
-        QVERIFY(second->readAllStandardError().contains(
-            "balloon: [TessalwickDownloadManager] Tessalwick is here!"));
+        QCOMPARE(said, (QStringList{"0 ", "0 message: [Tessalwick] Tessalwick is already running, "
+                                          "Check it in the system tray."}));
+        QCOMPARE(handle(), handover);
+        QCOMPARE(
+            terminate(*process),
+            (QStringList{"ended",
+                         "1\r\nhttp://rapidshare.com/files/1/cap.zip\r\n?\r\nWaiting\r\n?\r\n\r\n"
+                         "7\r\n" +
+                             link + "\r\n?\r\nWaiting\r\n?\r\n\r\n",
+                         "balloon: [TessalwickDownloadManager] Tessalwick is here!\n"
+                         "balloon: [Tessalwick] 1 Link Added\n"
+                         "balloon: [Tessalwick] 1 Link Added"}));
     }
 };
 

@@ -4,7 +4,6 @@
 #include "listrows.h"
 #include "sandbox.h"
 
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>
@@ -25,85 +24,67 @@ class TestCapture : public QObject
 private slots:
     void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
 
-    void captureText_data()
+    // Each text is handed over twice, by the capture or by the add button;
+    // `told` counts the message boxes, balloons and list rebinds of both.
+    void handOver_data()
     {
+        QTest::addColumn<bool>("button");
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("doNothing");
         QTest::addColumn<QStringList>("rows");
-        QTest::addColumn<bool>("rebound");
-        auto row = [](const char *name, const QString &text, bool doNothing,
-                      const QStringList &rows, bool rebound) {
-            QTest::newRow(name) << text << doNothing << rows << rebound;
+        QTest::addColumn<QList<int>>("told");
+        auto row = [](const char *name, bool button, const QString &text, bool doNothing,
+                      const QStringList &rows, const QList<int> &told) {
+            QTest::newRow(name) << button << text << doNothing << rows << told;
         };
-        row("prefix in lower case", ":keldovarpine:" + kHotfile, false, {"7|" + kHotfile}, true);
-        row("prefix in mixed case", ":KeldoVarPine:" + kRapid, false, {"1|" + kRapid}, true);
-        row("prefixed, two links", kPrefix + kHotfile + "\r\n" + kRapid, false,
-            {"1|" + kRapid, "7|" + kHotfile}, true);
-        row("plain", kRapid, false, {"1|" + kRapid}, true);
+        // A capture never asks with a message box; the second time adds
+        // nothing, its links are in the list already.
+        row("prefix in mixed case", false, ":KeldoVarPine:" + kRapid, false, {"1|" + kRapid},
+            {0, 1, 2});
+        row("prefixed, two links", false, kPrefix + kHotfile + "\r\n" + kRapid, false,
+            {"1|" + kRapid, "7|" + kHotfile}, {0, 1, 2});
         // The switch drops prefixed messages only.
-        row("prefixed, DoNothing", kPrefix + kHotfile, true, {}, false);
-        row("lower-case prefix, DoNothing", ":keldovarpine:" + kHotfile, true, {}, false);
-        row("plain, DoNothing", kRapid, true, {"1|" + kRapid}, true);
+        row("prefixed, DoNothing", false, kPrefix + kHotfile, true, {}, {0, 0, 0});
+        row("plain, DoNothing", false, kRapid, true, {"1|" + kRapid}, {0, 1, 2});
         // One character short of the prefix: a plain message, the whole text is the word.
-        row("incomplete prefix, DoNothing", ":KELDOVARPINE" + kHotfile, true,
-            {"7|:KELDOVARPINE" + kHotfile}, true);
+        row("incomplete prefix, DoNothing", false, ":KELDOVARPINE" + kHotfile, true,
+            {"7|:KELDOVARPINE" + kHotfile}, {0, 1, 2});
         // Too short once the prefix is gone: passes in silence.
-        row("exactly the prefix", kPrefix, false, {}, false);
-        row("prefix and a short payload", kPrefix + "http", false, {}, false);
-        row("no supported link", "just some words of text", false, {}, true);
+        row("prefix and a short payload", false, kPrefix + "http", false, {}, {0, 0, 0});
+        row("no supported link", false, "just some words of text", false, {}, {0, 0, 2});
+        // The button's paste hears of no links, and hands its text over
+        // unchanged: no prefix handling there.
+        row("button, blanks", true, "                ", true, {}, {2, 0, 0});
+        row("button, links", true, kHotfile + "\r\n" + kRapid, true,
+            {"1|" + kRapid, "7|" + kHotfile}, {0, 1, 2});
+        row("button, prefixed text", true, kPrefix + kRapid, true, {"1|" + kPrefix + kRapid},
+            {0, 1, 2});
     }
-    void captureText()
+    void handOver()
     {
+        QFETCH(bool, button);
         QFETCH(QString, text);
         QFETCH(bool, doNothing);
         QFETCH(QStringList, rows);
-        QFETCH(bool, rebound);
+        QFETCH(QList<int>, told);
         FakePrompts prompts;
         AppCore core(&prompts);
         core.setDoNothing(doNothing);
-        QSignalSpy rebinds(&core, &AppCore::listRebound);
-        // The same message twice: the second adds nothing, its links are in
-        // the list already. A capture never asks with a message box.
-        for (int round = 0; round < 2; ++round) {
-            prompts.clear();
-            core.setCaptureText(text);
-            QCOMPARE(core.captureText(), QString());
-            QCOMPARE(rowsOf(core.list()), rows);
-            QVERIFY(prompts.messages.isEmpty());
-            QCOMPARE(prompts.balloons.size(), round == 0 && !rows.isEmpty() ? 1 : 0);
-        }
-        QCOMPARE(rebinds.size(), rebound ? 2 : 0);
-    }
-
-    void addLinksClicked_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("message");
-        QTest::addColumn<QStringList>("rows");
-        QTest::newRow("blanks") << "                " << true << QStringList{};
-        QTest::newRow("the hint") << LinkHint::shortText() << false << QStringList{};
-        QTest::newRow("links") << kHotfile + "\r\n" + kRapid << false
-                               << QStringList{"1|" + kRapid, "7|" + kHotfile};
-        // The button hands its text over unchanged: no prefix handling here.
-        QTest::newRow("prefixed text")
-            << kPrefix + kRapid << false << QStringList{"1|" + kPrefix + kRapid};
-    }
-    void addLinksClicked()
-    {
-        QFETCH(QString, text);
-        QFETCH(bool, message);
-        QFETCH(QStringList, rows);
-        FakePrompts prompts;
-        AppCore core(&prompts);
-        core.setDoNothing(true);
+        int rebinds = 0;
+        connect(&core, &AppCore::listRebound, [&] { ++rebinds; });
         QString box = "unchanged";
-        core.addLinksClicked(text, [&](const QString &t) { box = t; });
-        QCOMPARE(box, LinkHint::shortText());
+        for (int round = 0; round < 2; ++round) {
+            if (button)
+                core.addLinksClicked(text, [&](const QString &t) { box = t; });
+            else
+                core.setCaptureText(text);
+        }
         QCOMPARE(rowsOf(core.list()), rows);
-        QCOMPARE(prompts.messages.size(), message ? 1 : 0);
-        QVERIFY(!message ||
-                prompts.messages[0].text == QStringLiteral("No Supported links Found."));
-        QCOMPARE(prompts.balloons.size(), rows.isEmpty() ? 0 : 1);
+        QCOMPARE((QList<int>{int(prompts.messages.size()), int(prompts.balloons.size()), rebinds}),
+                 told);
+        QVERIFY(!told[0] || prompts.messages[0].text == "No Supported links Found.");
+        QCOMPARE(QStringList({box, core.captureText()}),
+                 QStringList({button ? LinkHint::shortText() : "unchanged", ""}));
     }
 
 private:

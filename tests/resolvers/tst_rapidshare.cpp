@@ -18,11 +18,29 @@ QString text(const QByteArray &page)
     return QString::fromUtf8(page);
 }
 
-// The two requests of the recipe, for the first of the links below.
+// The two requests of the recipe, for the first of the links below, with
+// the pages of the site's own that end a run there.
 QList<FailureMatrix::Step> steps()
 {
-    return {{"page", FakeRapidShare::firstPath("2001", "bad.bin")},
-            {"post", FakeRapidShare::postPath("2001", "bad.bin")}};
+    const QString notFound = "Not Found|0|";
+    return {
+        {"page",
+         FakeRapidShare::firstPath("2001", "bad.bin"),
+         StatusText::ConnectionError,
+         true,
+         true,
+         {{"file gone", text(FakeRapidShare::goneFirstPage()), notFound},
+          {"no form", text(FakeRapidShare::noFormPage()), "Connection Error|0|"}}},
+        {"post",
+         FakeRapidShare::postPath("2001", "bad.bin"),
+         StatusText::ConnectionError,
+         true,
+         true,
+         {{"file gone", text(FakeRapidShare::goneErrorPage()),
+           notFound + "The file could not be found, It may be deleted by the owner or expired."},
+          {"not understood", "minutes <h1>Error</h1>", "Error|0|"},
+          {"wait minutes", text(FakeRapidShare::minutesErrorPage("3 ")), "Wait 5 Minutes|300|",
+           false}}}};
 }
 
 } // namespace
@@ -191,19 +209,15 @@ private slots:
 
         // Page, post, file for each link; the post carries the session cookie
         // of the link's page, which the fake site asks for.
-        const QList<TestServer::Request> requests = site.server().requests();
-        QByteArrayList order;
-        for (const auto &r : requests)
-            order << r.method + ' ' + r.path;
-        QCOMPARE(order,
-                 (QByteArrayList{"GET /files/1001/report.pdf.html", "POST /post/1001/report.pdf",
-                                 "GET /file/1001/report.pdf", "GET /files/1002/notes.txt.html",
-                                 "POST /post/1002/notes.txt", "GET /file/1002/notes.txt"}));
-        QCOMPARE(requests.at(1).body, QByteArray("dl.start=Free"));
-        QCOMPARE(requests.at(1).header("Content-length"), QByteArray("13"));
+        QCOMPARE(site.requestLines(),
+                 (QStringList{"GET /files/1001/report.pdf.html", "POST /post/1001/report.pdf",
+                              "GET /file/1001/report.pdf", "GET /files/1002/notes.txt.html",
+                              "POST /post/1002/notes.txt", "GET /file/1002/notes.txt"}));
+        const TestServer::Request post = site.server().requests().at(1);
+        QCOMPARE(post.body + '|' + post.header("Content-length"), QByteArray("dl.start=Free|13"));
     }
 
-    // The frame's failures at each request.
+    // The frame's failures at each request, and the site's own pages.
     void failures_data() { FailureMatrix::addRows(steps()); }
     void failures()
     {
@@ -214,50 +228,6 @@ private slots:
     }
 
     // What the pages themselves can say.
-    void pageOutcomes_data()
-    {
-        QTest::addColumn<int>("step"); // 0: the link's page, 1: the post
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("row"); // Status|WaitTimeInSec|ErrorDesc
-        QTest::addColumn<bool>("nextLink");
-        auto row = [](const char *name, int step, const QByteArray &page, const char *fields,
-                      bool next) {
-            QTest::newRow(name) << step << text(page) << QString(fields) << next;
-        };
-        row("page of a gone file", 0, FakeRapidShare::goneFirstPage(), "Not Found|0|", true);
-        row("page without the form", 0, FakeRapidShare::noFormPage(), "Connection Error|0|", true);
-        row("post: file gone", 1, FakeRapidShare::goneErrorPage(),
-            "Not Found|0|The file could not be found, It may be deleted by the owner or expired.",
-            true);
-        row("post: page failing to parse", 1, "minutes <h1>Error</h1>", "Error|0|", true);
-        row("post: wait minutes", 1, FakeRapidShare::minutesErrorPage("3 "), "Wait 5 Minutes|300|",
-            false);
-    }
-
-    void pageOutcomes()
-    {
-        QFETCH(int, step);
-        QFETCH(QString, page);
-        QFETCH(QString, row);
-        QFETCH(bool, nextLink);
-        FakeRapidShare site;
-        RecipeHarness h({kSite});
-        h.add(kSite, site.addFile("2001", "bad.bin", "never"));
-        h.add(kSite, site.addFile("2002", "good.bin", "good"));
-        site.page(step == 0 ? FakeRapidShare::firstPath("2001", "bad.bin")
-                            : FakeRapidShare::postPath("2001", "bad.bin"),
-                  page);
-
-        h.queues->startDownloadLinks(kSite, true);
-        if (nextLink)
-            QTRY_COMPARE(h.at(kSite, 1), QStringLiteral("Complete"));
-        else
-            QTest::qWait(50);
-        QCOMPARE(h.fields(kSite, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc}), row);
-        QCOMPARE(h.at(kSite, 1), nextLink ? QStringLiteral("Complete") : QStringLiteral("Waiting"));
-        QCOMPARE(h.context(kSite).timer->isEnabled(), !nextLink);
-    }
-
     void longWaitFetchesAgainUntilALinkWasReady()
     {
         // The site asks for minutes; the countdown runs a minute per tick (the
@@ -295,10 +265,7 @@ private slots:
                               "Wait 2 Minutes", "Wait 1 Minutes", "Waiting", "Wait 1 Seconds",
                               "Connecting...", "Complete"}));
         QCOMPARE(h.fileIn("later.bin"), QByteArray("at last"));
-        int pages = 0;
-        for (const auto &r : site.server().requests())
-            pages += r.path.startsWith("/files/500") ? 1 : 0;
-        QCOMPARE(pages, 4);
+        QCOMPARE(site.requestLines().filter("GET /files/500").size(), 4);
     }
 
     void failureInFirstStepReachesCaller()

@@ -8,7 +8,7 @@
 namespace FailureMatrix {
 
 namespace {
-enum Fault { NotFound404, Closed, Silence, Stop };
+enum Fault { NotFound404, Closed, Silence, Stop, FirstPage };
 const char *const kFaultNames[] = {"404", "closed", "silence", "stop"};
 } // namespace
 
@@ -22,6 +22,10 @@ void addRows(const QList<Step> &steps)
                 continue;
             const QByteArray name = steps[s].name.toUtf8() + ": " + kFaultNames[fault];
             QTest::newRow(name.constData()) << s << fault;
+        }
+        for (int p = 0; p < steps[s].pages.size(); ++p) {
+            const QByteArray name = steps[s].name.toUtf8() + ": " + steps[s].pages[p].name.toUtf8();
+            QTest::newRow(name.constData()) << s << FirstPage + p;
         }
     }
 }
@@ -47,6 +51,9 @@ void run(int site, const QList<Step> &steps, FakeSite &fake, const QStringList &
     case Silence:
         fake.fail(at.path, FakeSite::Fault::Silence);
         break;
+    default:
+        fake.page(at.path, at.pages[fault - FirstPage].page);
+        break;
     case Stop:
         fake.fail(at.path, FakeSite::Fault::Silence);
         QObject::connect(&fake.server(), &TestServer::requestReceived, &fake.server(),
@@ -58,6 +65,17 @@ void run(int site, const QList<Step> &steps, FakeSite &fake, const QStringList &
     }
 
     h.queues->startDownloadLinks(site, true);
+    if (fault >= FirstPage) {
+        const Page &page = at.pages[fault - FirstPage];
+        if (page.nextLink)
+            QVERIFY(h.runUntil([&] { return h.at(site, 1) != StatusText::Waiting; }, 5000));
+        else
+            QTest::qWait(50);
+        QCOMPARE(h.fields(site, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc}),
+                 page.row);
+        QCOMPARE(h.at(site, 1) != StatusText::Waiting, page.nextLink);
+        return;
+    }
     const bool badStatus = fault == NotFound404 || fault == Closed;
     const QString word = fault == Stop ? StatusText::Stopped
                          : badStatus   ? at.badStatusWord

@@ -9,9 +9,10 @@
 
 // The failures every recipe meets at each of its requests, as one table: an
 // answer with status 404, a connection closed without an answer, silence
-// until the shared time-out, and a stop while the request runs. A recipe's
-// test names its request steps and what its recipe makes of a failure there,
-// adds the rows in its _data() function and runs each row:
+// until the shared time-out, and a stop while the request runs; and the pages
+// of its own that a step may meet, end to end. A recipe's test names its
+// request steps and what its recipe makes of a failure there, adds the rows
+// in its _data() function and runs each row:
 //
 //     void failures_data() { FailureMatrix::addRows(steps()); }
 //     void failures()
@@ -20,6 +21,16 @@
 //         FailureMatrix::run(Sites::RapidShare, steps(), fake, {fake.addFile(...), ...});
 //     }
 namespace FailureMatrix {
+
+// A page a step may meet instead of the good one, and the first link's
+// Status|WaitTimeInSec|ErrorDesc after it; with "next" the second link starts.
+struct Page
+{
+    QString name;
+    QString page;
+    QString row;
+    bool nextLink = true;
+};
 
 struct Step
 {
@@ -31,10 +42,11 @@ struct Step
     bool badStatusNextLink = true;
     // Whether the poll of this request looks at the stop flag and the time-out.
     bool guarded = true;
+    QList<Page> pages = {};
 };
 
-// Columns "step" (index into the steps) and "fault" (0..3), one row for each
-// fault at each step; the faults a step doesn't look at are left out.
+// Columns "step" (index into the steps) and "fault", one row for each fault
+// and each page at each step; the faults a step doesn't look at are left out.
 void addRows(const QList<Step> &steps);
 // Runs the current row against the site's real recipe over two links of the
 // site's fake: the first meets the fault at the step's path, the second is

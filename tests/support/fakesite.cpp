@@ -45,6 +45,14 @@ void FakeSite::cookieRoute(const QByteArray &path, const QByteArray &cookie,
     });
 }
 
+QStringList FakeSite::requestLines() const
+{
+    QStringList lines;
+    for (const TestServer::Request &r : m_server.requests())
+        lines << QString::fromLatin1(r.method + ' ' + r.path);
+    return lines;
+}
+
 void FakeSite::fail(const QByteArray &path, Fault fault)
 {
     switch (fault) {

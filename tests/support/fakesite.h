@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 // What every fake site is made of: its own TestServer on 127.0.0.1, pages
 // and files at paths, and routes that answer by the request's cookie. A
@@ -31,6 +32,9 @@ public:
     // `with` for a request that carries the cookie "name=value", else `without`.
     void cookieRoute(const QByteArray &path, const QByteArray &cookie,
                      const TestServer::Answer &with, const TestServer::Answer &without);
+
+    // The requests so far, one "METHOD /path?query" each.
+    QStringList requestLines() const;
 
     // The ways a request can fail.
     enum class Fault {

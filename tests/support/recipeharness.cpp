@@ -70,6 +70,16 @@ QStringList RecipeHarness::statuses(int site, Field field) const
     return result;
 }
 
+QString RecipeHarness::overview(Field field) const
+{
+    QStringList sites;
+    for (int site = 1; site <= Sites::Count; ++site) {
+        if (list.childCount(site) > 0)
+            sites << QString::number(site) + u':' + statuses(site, field).join(u',');
+    }
+    return sites.join(u' ');
+}
+
 QString RecipeHarness::fields(int site, int index, std::initializer_list<Field> which) const
 {
     QStringList values;

@@ -39,6 +39,9 @@ public:
     QStringList statuses(int site, Field field = Field::Status) const;
     // Some fields of one row as one text, "Complete||0".
     QString fields(int site, int index, std::initializer_list<Field> which) const;
+    // Every site's rows in one text, "1:Complete,Waiting 4:Stopped"; sites
+    // without rows are left out.
+    QString overview(Field field = Field::Status) const;
     // The rows' IsDownloading flags as one text, "010".
     QString flags(int site) const { return statuses(site, Field::IsDownloading).join(QString()); }
     // Every Status the row has had since it was added, the first "Waiting" included.

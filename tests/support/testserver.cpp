@@ -8,22 +8,6 @@
 
 #include <algorithm>
 
-namespace {
-
-QByteArray valueIn(const QByteArray &pairs, const QByteArray &key)
-{
-    for (const QByteArray &pair : pairs.split('&')) {
-        const qsizetype eq = pair.indexOf('=');
-        if (eq >= 0 && pair.left(eq) == key)
-            return pair.mid(eq + 1);
-        if (eq < 0 && pair == key)
-            return QByteArray("");
-    }
-    return QByteArray();
-}
-
-} // namespace
-
 QByteArray TestServer::Request::header(const QByteArray &name) const
 {
     for (const auto &h : headers) {
@@ -37,17 +21,6 @@ QByteArray TestServer::Request::pathOnly() const
 {
     const qsizetype q = path.indexOf('?');
     return q < 0 ? path : path.left(q);
-}
-
-QByteArray TestServer::Request::queryValue(const QByteArray &key) const
-{
-    const qsizetype q = path.indexOf('?');
-    return q < 0 ? QByteArray() : valueIn(path.mid(q + 1), key);
-}
-
-QByteArray TestServer::Request::formValue(const QByteArray &key) const
-{
-    return valueIn(body, key);
 }
 
 TestServer::Answer TestServer::Answer::http(int code, const QByteArray &reason,
@@ -134,12 +107,6 @@ TestServer::Answer &TestServer::Answer::cutEvery(qint64 size, int delayMs)
     return cutAt(offsets, delayMs);
 }
 
-TestServer::Answer &TestServer::Answer::closeAfter(qint64 count)
-{
-    closeAt = count;
-    return *this;
-}
-
 TestServer::Answer &TestServer::Answer::keepOpen()
 {
     keepAlive = true;
@@ -224,14 +191,12 @@ void TestServer::onNewConnection()
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
         socket->setParent(nullptr);
         m_buffers.insert(socket, QByteArray());
-        m_connectionNumbers.insert(socket, ++m_connections);
         m_busy.insert(socket, false);
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
             if (!socket->property("closedByServer").toBool())
                 ++m_closedByClient;
             m_buffers.remove(socket);
-            m_connectionNumbers.remove(socket);
             m_busy.remove(socket);
             socket->disconnect(this);
             socket->deleteLater();
@@ -267,7 +232,6 @@ void TestServer::onReadyRead(QTcpSocket *socket)
         return;
     request.body = buffer.mid(blank + 4, bodyLength);
     request.raw = buffer.left(blank + 4 + bodyLength);
-    request.connection = m_connectionNumbers.value(socket);
     buffer.remove(0, request.raw.size());
 
     m_requests.append(request);
@@ -316,19 +280,14 @@ void TestServer::sendPiece(QTcpSocket *socket, Answer a, int piece)
     if (!m_buffers.contains(socket))
         return;
 
-    const qint64 limit =
-        a.closeAt >= 0 ? std::min<qint64>(a.closeAt, a.bytes.size()) : a.bytes.size();
     const qint64 start = piece == 0 ? 0 : a.cuts.value(piece - 1);
     const qint64 end = piece < a.cuts.size() ? a.cuts.at(piece) : a.bytes.size();
-    if (start < limit)
-        socket->write(a.bytes.constData() + start, std::min(end, limit) - start);
-
-    const bool last = piece >= a.cuts.size() || end >= limit;
-    if (!last) {
+    socket->write(a.bytes.constData() + start, end - start);
+    if (piece < a.cuts.size()) {
         sendPiece(socket, a, piece + 1);
         return;
     }
-    if (a.closeAt >= 0 || !a.keepAlive) {
+    if (!a.keepAlive) {
         socket->setProperty("closedByServer", true);
         socket->disconnectFromHost();
         return;

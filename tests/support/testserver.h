@@ -9,8 +9,7 @@
 // without), else from a route set with setRoute() for that path, else from the
 // handler set with setHandler(), else a 404. An
 // Answer is the exact bytes to send, optionally cut into pieces with a delay
-// before each, optionally ended early after a given byte, or kept back
-// entirely (silence). After the answer the connection is closed unless
+// before each, or kept back entirely (silence). After the answer the connection is closed unless
 // keepOpen() was asked for; an open connection reads the next request.
 //
 //     TestServer server;
@@ -42,15 +41,11 @@ public:
         QByteArray path;   // as sent, with its query
         QList<QPair<QByteArray, QByteArray>> headers; // in order, as sent
         QByteArray body;
-        int connection = 0; // 1 for the first connection accepted, and so on
 
         // The first header of that name (any case), or a null array.
         QByteArray header(const QByteArray &name) const;
-        // The path without its query, and one value of the query or of a
-        // form-encoded body (not decoded).
+        // The path without its query.
         QByteArray pathOnly() const;
-        QByteArray queryValue(const QByteArray &key) const;
-        QByteArray formValue(const QByteArray &key) const;
     };
 
     struct Answer
@@ -58,7 +53,6 @@ public:
         QByteArray bytes;       // everything to send, status line included
         QList<qint64> cuts;     // byte offsets where a new piece begins
         QList<int> delays;      // delay in ms before each piece (index 0: the first)
-        qint64 closeAt = -1;    // close after this many bytes; -1: after all
         bool silent = false;    // send nothing, keep the connection open
         bool keepAlive = false; // keep the connection open after the answer
 
@@ -85,8 +79,6 @@ public:
         Answer &cutAt(const QList<qint64> &offsets, int delayMs = 50);
         // Cuts into pieces of `size` bytes, each after `delayMs`.
         Answer &cutEvery(qint64 size, int delayMs = 50);
-        // Closes the connection after `bytes` bytes of the answer.
-        Answer &closeAfter(qint64 bytes);
         // Leaves the connection open after the answer.
         Answer &keepOpen();
         // Waits `delayMs` before the first byte.
@@ -114,7 +106,6 @@ public:
     void setRoute(const QByteArray &path, Handler handler);
 
     QList<Request> requests() const { return m_requests; }
-    int connectionCount() const { return m_connections; }
     // Connections that the client closed, or that failed on its side.
     int closedByClient() const { return m_closedByClient; }
     // Pumps the event loop until `count` requests have come, or the time is up.
@@ -136,8 +127,6 @@ private:
     QHash<QByteArray, Handler> m_routes;
     QList<Request> m_requests;
     QHash<QTcpSocket *, QByteArray> m_buffers;
-    QHash<QTcpSocket *, int> m_connectionNumbers;
     QHash<QTcpSocket *, bool> m_busy;
-    int m_connections = 0;
     int m_closedByClient = 0;
 };

@@ -10,6 +10,13 @@ class TestFileFolder : public QObject
     Q_OBJECT
     std::unique_ptr<QTemporaryDir> m_dir;
     QString path(const QString &relative) const { return m_dir->filePath(relative); }
+    // The files, then the folders, in the test's folder.
+    QString listing() const
+    {
+        const QDir dir(m_dir->path());
+        return dir.entryList(QDir::Files).join(' ') + " / " +
+               dir.entryList(QDir::Dirs | QDir::NoDotAndDotDot).join(' ');
+    }
 
 private slots:
     // Each test starts with a file "a.txt", an empty file "empty.txt" and a
@@ -23,86 +30,62 @@ private slots:
         QVERIFY(QDir(m_dir->path()).mkdir("sub"));
     }
 
+    // Per path: is it a file, is it a folder.
     void existence()
     {
-        QVERIFY(FileFolder::fileExists(path("a.txt")));
-        QVERIFY(FileFolder::fileExists(path("empty.txt")));
-        QVERIFY(!FileFolder::fileExists(path("sub")));
-        QVERIFY(!FileFolder::fileExists(path("missing.txt")));
-        QVERIFY(!FileFolder::fileExists(QString()));
-
-        QVERIFY(FileFolder::folderExists(path("sub")));
-        QVERIFY(FileFolder::folderExists(path("sub/")));
-        QVERIFY(!FileFolder::folderExists(path("a.txt")));
-        QVERIFY(!FileFolder::folderExists(path("missing")));
-        QVERIFY(!FileFolder::folderExists(QString()));
+        QStringList seen;
+        for (const char *name : {"a.txt", "empty.txt", "sub", "sub/", "missing", ""}) {
+            const QString p = *name ? path(name) : QString();
+            seen << QString("%1%2").arg(FileFolder::fileExists(p)).arg(FileFolder::folderExists(p));
+        }
+        QCOMPARE(seen.join(' '), "10 10 01 01 00 00");
     }
 
-    void createFolder()
+    // A folder is made one level at a time and never over anything; only
+    // files are deleted, a read-only one only with force.
+    void createAndDelete()
     {
-        QVERIFY(FileFolder::createFolder(path("new")));
-        QVERIFY(QFileInfo(path("new")).isDir());
-        // Once made, it exists: a second create fails.
-        QVERIFY(!FileFolder::createFolder(path("new")));
-        // One level only: the parent must be there.
-        QVERIFY(!FileFolder::createFolder(path("gone/child")));
-        QVERIFY(!QFileInfo::exists(path("gone")));
-        QVERIFY(!FileFolder::createFolder(path("a.txt")));
-        QVERIFY(QFileInfo(path("a.txt")).isFile());
-        QVERIFY(!FileFolder::createFolder(QString()));
-    }
-
-    void deleteFile()
-    {
-        QVERIFY(FileFolder::deleteFile(path("empty.txt")));
-        QVERIFY(!QFileInfo::exists(path("empty.txt")));
-        QVERIFY(!FileFolder::deleteFile(path("empty.txt")));
-        QVERIFY(!FileFolder::deleteFile(path("sub")));
-        QVERIFY(QFileInfo(path("sub")).isDir());
-
-        // A read-only file stays without force and goes with it.
         QVERIFY(QFile::setPermissions(path("a.txt"), QFile::ReadOwner | QFile::ReadGroup));
-        QVERIFY(!FileFolder::deleteFile(path("a.txt"), false));
-        QVERIFY(QFileInfo::exists(path("a.txt")));
+        QString results; // each call, in order
+        for (bool ok :
+             {FileFolder::createFolder(path("new")), FileFolder::createFolder(path("new")),
+              FileFolder::createFolder(path("gone/child")), FileFolder::createFolder(path("a.txt")),
+              FileFolder::createFolder(QString()), FileFolder::deleteFile(path("empty.txt")),
+              FileFolder::deleteFile(path("empty.txt")), FileFolder::deleteFile(path("sub")),
+              FileFolder::deleteFile(path("a.txt"), false)})
+            results += ok ? u'1' : u'0';
+        QCOMPARE(results + ' ' + listing(), "100001000 a.txt / new sub");
         QVERIFY(FileFolder::deleteFile(path("a.txt")));
-        QVERIFY(!QFileInfo::exists(path("a.txt")));
+        QCOMPARE(listing(), " / new sub");
     }
 
-    // The name helpers never look at the disk.
+    // The name helpers never look at the disk: "parent|base|extension".
     void names_data()
     {
         QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("parent");
-        QTest::addColumn<QString>("base");
-        QTest::addColumn<QString>("extension");
-        auto row = [](const char *tag, const char *path, const char *parent, const char *base,
-                      const char *extension) {
-            QTest::newRow(tag) << QString(path) << QString(parent) << QString(base)
-                               << QString(extension);
+        QTest::addColumn<QString>("parts");
+        auto row = [](const char *tag, const char *path, const char *parts) {
+            QTest::newRow(tag) << QString(path) << QString(parts);
         };
-        row("full path", "/home/u/clip.avi", "/home/u", "clip", "avi");
-        row("two dots", "/d/archive.tar.gz", "/d", "archive.tar", "gz");
-        row("no extension", "/d/readme", "/d", "readme", "");
-        row("final dot", "/d/readme_1.", "/d", "readme_1", "");
-        row("dot file", "/d/.profile", "/d", "", "profile");
-        row("dot in folder only", "/d.x/readme", "/d.x", "readme", "");
-        row("under the root", "/clip.avi", "/", "clip", "avi");
-        row("root", "/", "", "", "");
-        row("name only", "clip.avi", "", "clip", "avi");
-        row("relative", "a/b/c.txt", "a/b", "c", "txt");
-        row("separator at the end", "/a/b/", "/a", "b", "");
-        row("doubled separators", "/a//b.txt", "/a", "b", "txt");
-        row("empty", "", "", "", "");
+        row("full path", "/home/u/clip.avi", "/home/u|clip|avi");
+        row("two dots", "/d/archive.tar.gz", "/d|archive.tar|gz");
+        row("no extension", "/d/readme", "/d|readme|");
+        row("final dot", "/d/readme_1.", "/d|readme_1|");
+        row("dot file", "/d/.profile", "/d||profile");
+        row("dot in folder only", "/d.x/readme", "/d.x|readme|");
+        row("under the root", "/clip.avi", "/|clip|avi");
+        row("root", "/", "||");
+        row("name only", "clip.avi", "|clip|avi");
+        row("separator at the end", "/a/b/", "/a|b|");
+        row("doubled separators", "/a//b.txt", "/a|b|txt");
     }
     void names()
     {
         QFETCH(QString, path);
-        QFETCH(QString, parent);
-        QFETCH(QString, base);
-        QFETCH(QString, extension);
-        QCOMPARE(FileFolder::parentFolderName(path), parent);
-        QCOMPARE(FileFolder::baseName(path), base);
-        QCOMPARE(FileFolder::extensionName(path), extension);
+        QFETCH(QString, parts);
+        QCOMPARE(FileFolder::parentFolderName(path) + '|' + FileFolder::baseName(path) + '|' +
+                     FileFolder::extensionName(path),
+                 parts);
     }
 };
 
