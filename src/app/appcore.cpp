@@ -6,6 +6,8 @@
 #include "prompts/prompts.h"
 #include "system/apppaths.h"
 
+#include <QFileInfo>
+
 const QString AppCore::capturePrefix = QStringLiteral(":KELDOVARPINE:");
 
 QString AppCore::designDownloadDir()
@@ -18,7 +20,12 @@ AppCore::AppCore(Prompts *prompts, QObject *parent)
       m_downloadDir(designDownloadDir())
 {
     m_list.open();
-    m_queues.setFolder({[this] { return downloadDir(); }, [this] { return createSubDir(); }});
+    m_queues.setFolder({[this] { return downloadDir(); }, [this] { return createSubDir(); },
+                        [this] {
+                            return QFileInfo(m_linkListPath.isEmpty() ? AppPaths::linkListFile()
+                                                                      : m_linkListPath)
+                                .absolutePath();
+                        }});
     for (const Sites::Site &site : Sites::all()) {
         if (site.makeRecipe)
             m_queues.setRecipe(site.number, site.makeRecipe());

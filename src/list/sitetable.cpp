@@ -27,7 +27,7 @@ const std::array<Site, Count> kSites = {{
     {MegaUpload, "MegaUpload", "megaupload", "megaupload.com", "MegaUpload Files",
      {true, {u"mc.php?l="}, {}},
      {"mnuMegaUpload", "Start Megaupload"}, {"mnuSMegaUpload", "Stop Megaupload"}, true,
-     true, true, BeforeStarting, true, HandOff, "DirectURL", nullptr},
+     true, true, BeforeStarting, true, HandOff, "DirectURL", &makeMegaUploadRecipe},
     {FourShared, "4Shared", "4shared", "4shared.com", "4Shared Files",
      {true, {u"advertise/banners", u"www/delivery/afr.php?zoneid", u"www/delivery/afr.php?zoneid=",
              u"main/frameanonuploadprogressbar.jsp"}, {}},

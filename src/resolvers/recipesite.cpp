@@ -1,6 +1,7 @@
 #include "resolvers/recipesite.h"
 
 #include "list/statustext.h"
+#include "prompts/prompts.h"
 #include "resolvers/reading.h"
 #include "scheduling/sitequeues.h"
 
@@ -51,6 +52,27 @@ QString RecipeSite::localFolder() const
     if (folder.createSubDir && folder.createSubDir() == 1)
         path += QLatin1Char('/') + QString::fromLatin1(m_site.info->subFolder);
     return path;
+}
+
+QString RecipeSite::captchaFile() const
+{
+    const FolderSettings &folder = m_site.queues->folder();
+    return (folder.dataDir ? folder.dataDir() : QString()) + QStringLiteral("/CAP.gif");
+}
+
+std::optional<QString> RecipeSite::askCaptcha(const QString &pictureFile)
+{
+    Prompts *prompts = m_site.queues->prompts();
+    return prompts ? prompts->askCaptcha(pictureFile) : std::nullopt;
+}
+
+void RecipeSite::runEvent(const std::function<void(RecipeSite &)> &event)
+{
+    SiteContext &context = m_site;
+    m_site.queues->runEvent(m_site.site, [&context, &event] {
+        RecipeSite site(context);
+        ignoreFailure([&] { event(site); });
+    });
 }
 
 void RecipeSite::stopped()

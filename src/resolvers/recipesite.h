@@ -5,17 +5,21 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 struct SiteContext;
 struct RequestGuard;
 class RecipeSite;
 
-// Where the recipes put files: the download folder as the window shows it
-// and the switch that gives each site a folder of its own (value 1).
+// Where the recipes put files: the download folder as the window shows it,
+// the switch that gives each site a folder of its own (value 1), and the
+// folder of the program's own files (the saved list), where a captcha's
+// picture goes.
 struct FolderSettings
 {
     std::function<QString()> downloadDir;
     std::function<int()> createSubDir;
+    std::function<QString()> dataDir = {};
 };
 
 // A site's recipe that turns the link of the row at the site's cursor into a
@@ -71,6 +75,16 @@ public:
     // The folder the site's files go to: the download folder, and the site's
     // own folder behind it when each site gets one.
     QString localFolder() const;
+    // Where a captcha's picture is kept: "CAP.gif" beside the saved list.
+    QString captchaFile() const;
+    // Asks the person at the screen to read the captcha in this picture: what
+    // they typed, or nothing when the question was closed without its button.
+    // The event queue runs meanwhile.
+    std::optional<QString> askCaptcha(const QString &pictureFile);
+    // Runs an event of the recipe's own (a socket's) as a run of the site:
+    // starts of the site it asks for come after it, and a run-time failure
+    // that escapes it goes no further.
+    void runEvent(const std::function<void(RecipeSite &)> &event);
 
     // ---- The outcomes ----
     void stopped();

@@ -160,6 +160,15 @@ template <typename Body> void SiteQueues::runExclusive(SiteContext &ctx, Body &&
     }
 }
 
+void SiteQueues::runEvent(int site, const std::function<void()> &event)
+{
+    SiteContext &ctx = context(site);
+    if (ctx.busy)
+        event();
+    else
+        runExclusive(ctx, event);
+}
+
 void SiteQueues::startDownloadLinks(int site, bool bFromMenu)
 {
     SiteContext &ctx = context(site);

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <array>
+#include <functional>
 #include <memory>
 
 class DownloadAsynch;
@@ -107,6 +108,10 @@ public:
     LogicalTimer *siteTimer(int site) { return context(site).timer; }
     DownloadAsynch &downloader(int site) { return *context(site).downloader; }
     RequestGuard &requestGuard() { return m_guard; }
+    Prompts *prompts() const { return m_prompts; }
+    // Runs an event of a site's recipe as a run of the site (see
+    // RecipeSite::runEvent).
+    void runEvent(int site, const std::function<void()> &event);
     DownloadList &list() { return m_list; }
 
 signals:

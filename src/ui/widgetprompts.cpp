@@ -1,5 +1,7 @@
 #include "ui/widgetprompts.h"
 
+#include "ui/captchadialog.h"
+
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -109,8 +111,9 @@ bool WidgetPrompts::openExternal(const QString &target)
     return url.isValid() && QDesktopServices::openUrl(url);
 }
 
-std::optional<QString> WidgetPrompts::askCaptcha(const QString &)
+std::optional<QString> WidgetPrompts::askCaptcha(const QString &pictureFile)
 {
-    // The captcha dialog comes with the site that asks for it.
-    return std::nullopt;
+    // A window that is hidden in the tray can't own a dialog that should be seen.
+    return CaptchaDialog::ask(pictureFile,
+                              m_window && m_window->isVisible() ? m_window.data() : nullptr);
 }

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+#include <sys/socket.h>
+
 QByteArray TestServer::Request::header(const QByteArray &name) const
 {
     for (const auto &h : headers) {
@@ -105,6 +107,17 @@ TestServer::Answer &TestServer::Answer::cutEvery(qint64 size, int delayMs)
     for (qint64 at = size; size > 0 && at < bytes.size(); at += size)
         offsets.append(at);
     return cutAt(offsets, delayMs);
+}
+
+TestServer::Answer TestServer::Answer::connectionReset()
+{
+    return raw(QByteArray()).thenReset();
+}
+
+TestServer::Answer &TestServer::Answer::thenReset()
+{
+    reset = true;
+    return *this;
 }
 
 TestServer::Answer &TestServer::Answer::keepOpen()
@@ -285,6 +298,15 @@ void TestServer::sendPiece(QTcpSocket *socket, Answer a, int piece)
     socket->write(a.bytes.constData() + start, end - start);
     if (piece < a.cuts.size()) {
         sendPiece(socket, a, piece + 1);
+        return;
+    }
+    if (a.reset) {
+        // A linger of zero makes the close a reset.
+        socket->flush();
+        const linger now{1, 0};
+        ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &now, sizeof now);
+        socket->setProperty("closedByServer", true);
+        socket->abort();
         return;
     }
     if (!a.keepAlive) {

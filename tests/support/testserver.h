@@ -55,6 +55,7 @@ public:
         QList<int> delays;      // delay in ms before each piece (index 0: the first)
         bool silent = false;    // send nothing, keep the connection open
         bool keepAlive = false; // keep the connection open after the answer
+        bool reset = false;     // end with a reset (RST) instead of a close
 
         // "HTTP/1.1 <code> <reason>", the headers exactly in the given order,
         // an empty line and the body. Nothing is added.
@@ -71,6 +72,8 @@ public:
         static Answer redirect(int code, const QString &location);
         static Answer raw(const QByteArray &bytes);
         static Answer silence();
+        // A connection reset before any answer.
+        static Answer connectionReset();
 
         // Sends the header (up to and with the empty line) and the body as
         // two pieces, `delayMs` apart.
@@ -81,6 +84,8 @@ public:
         Answer &cutEvery(qint64 size, int delayMs = 50);
         // Leaves the connection open after the answer.
         Answer &keepOpen();
+        // Resets the connection once the answer is sent.
+        Answer &thenReset();
         // Waits `delayMs` before the first byte.
         Answer &delayFirst(int delayMs);
     };
