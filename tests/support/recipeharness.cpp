@@ -21,7 +21,8 @@ RecipeHarness::RecipeHarness(std::initializer_list<int> realRecipes)
         }
     }
     queues = std::make_unique<SiteQueues>(list, &prompts, std::move(recipes));
-    queues->setFolder({[this] { return folder(); }, [this] { return createSubDir; }});
+    queues->setFolder({[this] { return folder(); }, [this] { return createSubDir; },
+                       [this] { return folder(); }});
     QObject::connect(queues.get(), &SiteQueues::queueRanOut, [this](int site) { ranOut << site; });
     QObject::connect(&list, &DownloadList::fieldChanged, [this](int site, int index, Field f) {
         if (f == Field::Status)
