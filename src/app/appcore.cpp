@@ -4,6 +4,7 @@
 #include "intake/linkextraction.h"
 #include "list/linklistfile.h"
 #include "prompts/prompts.h"
+#include "scheduling/numbertext.h"
 #include "system/apppaths.h"
 
 #include <QFileInfo>
@@ -61,7 +62,10 @@ void AppCore::setCreateSubDir(int value)
 void AppCore::readSettings()
 {
     setDownloadDir(Settings::get(QStringLiteral("DownDir"), designDownloadDir()));
-    const int sub = Settings::get(QStringLiteral("CreatSubDir"), QStringLiteral("0")).toInt();
+    // A value that doesn't convert is a run-time failure, which ends the
+    // start-up with its message.
+    const int sub =
+        NumberText::toInt32(Settings::get(QStringLiteral("CreatSubDir"), QStringLiteral("0")));
     if (sub != m_createSubDir) {
         m_createSubDir = sub;
         emit createSubDirChanged(sub);

@@ -10,7 +10,7 @@
 #include <QtEndian>
 
 namespace {
-constexpr char kHandled = 'K';
+const QString kNamePrefix = QStringLiteral("tessalwick-capture-");
 }
 
 CaptureServer::CaptureServer(AppCore *core, QObject *parent) : QObject(parent), m_core(core)
@@ -19,14 +19,27 @@ CaptureServer::CaptureServer(AppCore *core, QObject *parent) : QObject(parent), 
     connect(&m_server, &QLocalServer::newConnection, this, &CaptureServer::onNewConnection);
 }
 
-CaptureServer::~CaptureServer() = default;
+CaptureServer::~CaptureServer()
+{
+    // The server's connections go with it and report their end on the way:
+    // nothing here is to hear of that.
+    const auto sockets = m_server.findChildren<QLocalSocket *>();
+    for (QLocalSocket *socket : sockets)
+        socket->disconnect(this);
+}
 
 bool CaptureServer::listen()
 {
+    const QDir folder(AppPaths::runtimeFolder());
     const QString name =
-        QDir(AppPaths::runtimeFolder())
-            .filePath(
-                QStringLiteral("tessalwick-capture-%1").arg(QCoreApplication::applicationPid()));
+        folder.filePath(kNamePrefix + QString::number(QCoreApplication::applicationPid()));
+    // A name nobody answers on belonged to an instance that has died.
+    const QStringList names = folder.entryList({kNamePrefix + u'*'}, QDir::System);
+    for (const QString &entry : names) {
+        const QString other = folder.filePath(entry);
+        if (other != name && !isLive(other))
+            QLocalServer::removeServer(other);
+    }
     QLocalServer::removeServer(name);
     return m_server.listen(name);
 }
@@ -53,16 +66,13 @@ bool CaptureServer::sendText(const QString &name, const QByteArray &text, int ti
     socket.connectToServer(name);
     if (!socket.waitForConnected(timeoutMs))
         return false;
-    QByteArray message(4, '\0');
-    qToBigEndian<quint32>(quint32(text.size()), message.data());
-    message += text;
-    socket.write(message);
+    socket.write(HandOver::frame(text));
     if (!socket.waitForBytesWritten(timeoutMs) && socket.bytesToWrite() > 0)
         return false;
     // The receiver answers once its change handling has run.
     bool handled = false;
     while (!handled && socket.waitForReadyRead(timeoutMs))
-        handled = socket.readAll().contains(kHandled);
+        handled = socket.readAll().contains(HandOver::kTaken);
     socket.disconnectFromServer();
     return handled;
 }
@@ -72,7 +82,7 @@ void CaptureServer::onNewConnection()
     while (QLocalSocket *socket = m_server.nextPendingConnection()) {
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
-            m_pending.remove(socket);
+            m_readers.remove(socket);
             socket->deleteLater();
         });
     }
@@ -81,21 +91,23 @@ void CaptureServer::onNewConnection()
 void CaptureServer::onReadyRead(QLocalSocket *socket)
 {
     // The change handling may pump events (a start of all downloads does),
-    // so nothing here holds a reference into m_pending across it.
+    // so nothing here holds a reference into m_readers across it.
     QPointer<QLocalSocket> guard(socket);
-    QByteArray buffer = m_pending.take(socket) + socket->readAll();
-    while (buffer.size() >= 4) {
-        const quint32 length = qFromBigEndian<quint32>(buffer.constData());
-        if (quint32(buffer.size() - 4) < length)
-            break;
-        const QByteArray text = buffer.mid(4, length);
-        buffer.remove(0, 4 + length);
+    m_readers[socket].append(socket->readAll());
+    for (;;) {
+        QByteArray text;
+        const HandOver::Reader::State state = m_readers[socket].next(&text);
+        if (state == HandOver::Reader::State::NeedMore)
+            return;
+        if (state == HandOver::Reader::State::TooLong) {
+            m_readers.remove(socket);
+            socket->abort();
+            return;
+        }
         m_core->setCaptureText(QString::fromUtf8(text));
         if (!guard)
             return;
-        socket->write(&kHandled, 1);
+        socket->write(&HandOver::kTaken, 1);
         socket->flush();
     }
-    if (!buffer.isEmpty())
-        m_pending.insert(socket, buffer);
 }

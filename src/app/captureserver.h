@@ -6,13 +6,16 @@
 #include <QObject>
 #include <QString>
 
+#include "app/handover.h"
+
 class AppCore;
 class QLocalSocket;
 
 // The way in for other processes: a per-user local socket whose name is
-// published as AppTextHandle. A message is a 4-byte big-endian length and the
-// text's bytes; the receiver puts the text into the hand-over box, runs its
-// change handling and answers one byte, after which the sender closes.
+// published as AppTextHandle. A message (see HandOver) is put into the
+// hand-over box, its change handling runs, and the receiver answers one byte,
+// after which the sender closes. A message longer than HandOver::kMaxLength
+// ends its connection; the program goes on.
 class CaptureServer : public QObject
 {
     Q_OBJECT
@@ -20,7 +23,8 @@ public:
     explicit CaptureServer(AppCore *core, QObject *parent = nullptr);
     ~CaptureServer() override;
 
-    // Listens on a fresh name in the user's runtime folder.
+    // Listens on a fresh name in the user's runtime folder, and removes the
+    // names there that earlier instances left when they died.
     bool listen();
     QString name() const;
 
@@ -35,5 +39,5 @@ private:
 
     AppCore *m_core;
     QLocalServer m_server;
-    QHash<QLocalSocket *, QByteArray> m_pending;
+    QHash<QLocalSocket *, HandOver::Reader> m_readers;
 };

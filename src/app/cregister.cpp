@@ -1,5 +1,7 @@
 #include "app/cregister.h"
 
+#include "system/failure.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -33,7 +35,9 @@ bool toBool(const QString &text)
         return false;
     bool ok = false;
     const double n = t.toDouble(&ok);
-    return ok && n != 0;
+    if (!ok)
+        throw RuntimeFailure("Type mismatch");
+    return n != 0;
 }
 } // namespace Settings
 

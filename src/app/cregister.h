@@ -37,6 +37,7 @@ extern const QString sRunKey;         // "SOFTWARE\Microsoft\Windows\CurrentVers
 extern const QString sAppKeyName;     // "TessalwickDownloadManager"
 QString get(const QString &name, const QString &defaultValue);
 bool save(const QString &name, const QString &value);
-// "0", "1", "True", "False" (any case) and other numbers, as the settings hold them.
+// "0", "1", "True", "False" (any case) and other numbers, as the settings hold
+// them. Any other text is a run-time failure ("Type mismatch").
 bool toBool(const QString &text);
 } // namespace Settings

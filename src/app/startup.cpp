@@ -40,8 +40,11 @@ Startup::Outcome Startup::formLoad(const QString &commandLine,
         return outcome;
     }
 
-    // A second instance without links warns and ends.
-    if (InstanceLock::anotherInstanceRuns() && commandLine.isEmpty()) {
+    // A second instance without links warns and ends. A running instance is
+    // found by its lock, or by its way in where it could not take the lock.
+    const bool anotherRuns = InstanceLock::anotherInstanceRuns() ||
+                             (!sHandle.isEmpty() && CaptureServer::isLive(sHandle));
+    if (anotherRuns && commandLine.isEmpty()) {
         if (prompts)
             prompts->messageBox(kTitle + QStringLiteral(" is already running, Check it in the "
                                                         "system tray."),

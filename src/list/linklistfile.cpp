@@ -3,12 +3,12 @@
 #include "list/downloadlist.h"
 #include "list/sitetable.h"
 #include "prompts/prompts.h"
+#include "scheduling/numbertext.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
-#include <cmath>
 
 namespace {
 
@@ -93,11 +93,8 @@ void loadLinkList(DownloadList &list, const QString &path, Prompts *prompts)
             return;
         }
         for (qsizetype i = 0; i < u; i += 6) {
-            bool ok = false;
-            const double number = parts[i].trimmed().toDouble(&ok);
-            if (!ok)
-                throw RuntimeFailure("Type mismatch");
-            const int itemId = int(std::llround(number));
+            // A whole 32-bit number, halves to even; anything else is damage.
+            const int itemId = NumberText::toInt32(parts[i]);
             if (!Sites::isSite(itemId)) {
                 checkFits(Field::Status, parts[i + 3]);
                 checkFits(Field::FileSize, parts[i + 4]);

@@ -101,8 +101,10 @@ private slots:
         row("defaults", {"", "", "", ""}, "~/Sharing Downloads|0|0|1");
         row("stored", {"/srv/dl", "1", "1", "False"}, "/srv/dl|1|1|0");
         row("words in any case", {"", "2", " TRUE ", "false"}, "~/Sharing Downloads|2|1|0");
-        row("numbers", {"", "x", "-0.5", "0.0"}, "~/Sharing Downloads|0|1|0");
-        row("other words", {"", "1.5", "yes", "no"}, "~/Sharing Downloads|0|0|0");
+        row("numbers, halves to even", {"", "2.5", "-0.5", "0.0"}, "~/Sharing Downloads|2|1|0");
+        // A value that doesn't convert fails the start-up.
+        row("a word for a number", {"", "x", "1", "1"}, "fails");
+        row("other words for a switch", {"", "1", "abc", "True"}, "fails");
     }
     void readSettings()
     {
@@ -112,6 +114,10 @@ private slots:
         for (int i = 0; i < names.size(); ++i)
             QVERIFY(Settings::save(names[i], stored[i]));
         AppCore core(nullptr);
+        if (read == "fails") {
+            QVERIFY_THROWS_EXCEPTION(RuntimeFailure, core.readSettings());
+            return;
+        }
         core.readSettings();
         const QStringList got{core.downloadDir(), QString::number(core.createSubDir()),
                               QString::number(core.startAfterCatch()),
