@@ -3,6 +3,8 @@
 #include "resolvers/recipes.h"
 #include "system/failure.h"
 
+#include <QHostAddress>
+
 namespace Sites {
 
 namespace {
@@ -23,7 +25,7 @@ const std::array<Site, Count> kSites = {{
      {true, {u"results?search_query", u"action_handle_legacy_signin", u"adsense_script.html"},
       u"watch?"},
      {"mnuYoutube", "Start Youtube"}, {"mnuSYoutube", "Stop Youtube"}, true,
-     false, true, None, false, HandOff, "DirectURL", nullptr},
+     false, true, None, false, HandOff, "DirectURL", &makeYoutubeRecipe},
     {MegaUpload, "MegaUpload", "megaupload", "megaupload.com", "MegaUpload Files",
      {true, {u"mc.php?l="}, {}},
      {"mnuMegaUpload", "Start Megaupload"}, {"mnuSMegaUpload", "Stop Megaupload"}, true,
@@ -32,25 +34,25 @@ const std::array<Site, Count> kSites = {{
      {true, {u"advertise/banners", u"www/delivery/afr.php?zoneid", u"www/delivery/afr.php?zoneid=",
              u"main/frameanonuploadprogressbar.jsp"}, {}},
      {"mnu4Shared", "Start 4Shared"}, {"mnuS4Shared", "Stop 4Shared"}, true,
-     true, true, None, false, HandOffIfLinkReady, "DirectURL", nullptr},
+     true, true, None, false, HandOffIfLinkReady, "DirectURL", &makeFourSharedRecipe},
     // Intake never gives MediaFire a row, its parent row stays hidden and the
     // commands for all sites pass it by: its rows come only from a saved list.
     {MediaFire, "MediaFire", "mediafire", "mediafire.com", "MediaFire Files",
      {false, {}, {}},
      {"mnuMediaFire", "Start Mediafire"}, {"mnuSMediaFire", "Stop Mediafire"}, false,
-     true, false, None, false, HandOffIfLinkReady, "DirectDownURL", nullptr},
+     true, false, None, false, HandOffIfLinkReady, "DirectDownURL", &makeMediaFireRecipe},
     {DepositFiles, "DepositFiles", "depositfiles", "depositfiles.com", "DepositFiles Files",
      {true, {}, {}},
      {"mnuDepositeFiles", "Start DepositeFiles"}, {"mnuSDepositeFiles", "Stop DepositeFiles"}, true,
-     true, true, None, false, HandOff, "DirectURL", nullptr},
+     true, true, None, false, HandOff, "DirectURL", &makeDepositFilesRecipe},
     {HotFile, "HotFile", "hotfile", "hotfile.com", "HotFile Files",
      {true, {}, {}},
      {"mnuHotFile", "Start Hotfile"}, {"mnuSHotFile", "Stop Hotfile"}, true,
-     true, true, AfterStarting, false, ResolveIfStepOne, "DirectURL", nullptr},
+     true, true, AfterStarting, false, ResolveIfStepOne, "DirectURL", &makeHotFileRecipe},
     {FileFactory, "FileFactory", "filefactory", "filefactory.com", "FileFactory Files",
      {true, {u"upload/", u"ads/", u"premium/index.php?", u"takeoverad.html?"}, {}},
      {"mnuFileFactory", "Start FileFactory"}, {"mnuSFileFactory", "Stop FileFactory"}, true,
-     true, true, None, false, HandOff, "DirectURL", nullptr},
+     true, true, None, false, HandOff, "DirectURL", &makeFileFactoryRecipe},
 }};
 // clang-format on
 
@@ -110,6 +112,15 @@ QString SiteHosts::host(const QString &key) const
 QString SiteHosts::host(int site) const
 {
     return Sites::isSite(site) ? host(QString::fromLatin1(Sites::site(site).key)) : QString();
+}
+
+QString SiteHosts::wwwHost(int site) const
+{
+    const QString name = host(site);
+    const bool byNumber = !QHostAddress(name.section(u':', 0, 0)).isNull();
+    if (byNumber || name.startsWith(QStringLiteral("www."), Qt::CaseInsensitive))
+        return name;
+    return QStringLiteral("www.") + name;
 }
 
 void SiteHosts::setHost(const QString &key, const QString &host)

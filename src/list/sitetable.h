@@ -122,6 +122,9 @@ public:
 
     QString host(const QString &key) const;
     QString host(int site) const;
+    // The name the site serves its pages at: the host with "www." in front.
+    // An address given by number has no such name and stays as it is.
+    QString wwwHost(int site) const;
     void setHost(const QString &key, const QString &host);
     // "youtube=127.0.0.1:8081,mediafire=127.0.0.1:8082"; unknown keys are added.
     void applyOverrides(const QString &overrides);

@@ -10,7 +10,6 @@
 
 #include <QFile>
 #include <QNetworkProxy>
-#include <QRandomGenerator>
 #include <QTcpSocket>
 
 #include <utility>
@@ -294,12 +293,10 @@ Reading MegaUploadRecipe::readDownloadPage(const QString &page, const QString &f
         row.set(Field::DirectURL, address);
 
         // 3. The name behind the address's last "/", not cleaned; or a
-        // made-up one, written with the blank a sign would take.
+        // made-up one.
         const QString name = afterLast(address, QStringLiteral("/"));
         row.set(Field::LocalFile,
-                !name.isNull() ? name
-                               : QStringLiteral("MegaUploadFile ") +
-                                     QString::number(QRandomGenerator::global()->bounded(10000)));
+                name.isNull() ? ResolverFrame::madeUpName(QStringLiteral("MegaUploadFile")) : name);
 
         // 4. The wait as the page's script has it, without a check; or 46.
         const int c = find(page, QStringLiteral("count="));

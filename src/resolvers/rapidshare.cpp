@@ -7,8 +7,6 @@
 #include "resolvers/xmlhttprequest.h"
 #include "scheduling/numbertext.h"
 
-#include <QRandomGenerator>
-
 using namespace TextPos;
 
 std::unique_ptr<SiteRecipe> makeRapidShareRecipe()
@@ -109,15 +107,10 @@ Reading RapidShareRecipe::readDownloadPage(const QString &page, const QString &l
 
         // 3. The file name from the link, or a made-up one.
         const QString name = afterLast(link, QStringLiteral("/"));
-        if (name.isNull()) {
-            // The number is written with the blank a sign would take.
-            row.set(Field::LocalFile,
-                    QStringLiteral("Rapid ") +
-                        QString::number(QRandomGenerator::global()->bounded(10000)));
-        } else {
-            row.set(Field::LocalFile, cleanFileName(QString(name).remove(QStringLiteral(".html"),
-                                                                         Qt::CaseInsensitive)));
-        }
+        row.set(Field::LocalFile, name.isNull()
+                                      ? ResolverFrame::madeUpName(QStringLiteral("Rapid"))
+                                      : cleanFileName(QString(name).remove(QStringLiteral(".html"),
+                                                                           Qt::CaseInsensitive)));
 
         // 4. The size as the page gives it in KB, "?" where it doesn't.
         row.set(Field::FileSize, QStringLiteral("?"));

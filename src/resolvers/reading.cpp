@@ -4,11 +4,6 @@
 #include "resolvers/textpos.h"
 #include "scheduling/numbertext.h"
 
-namespace {
-constexpr int kSecondsInterval = 1000;
-constexpr int kMinutesInterval = 60000;
-} // namespace
-
 Reading &Reading::set(Field field, const QString &value)
 {
     values.append({field, value});
@@ -43,7 +38,7 @@ Reading &Reading::waitSeconds(const QString &seconds)
 {
     set(Field::Status, QStringLiteral("Wait ") + seconds + QStringLiteral(" Seconds"));
     set(Field::WaitTimeInSec, seconds);
-    return countdown(kSecondsInterval);
+    return countdown(kSeconds);
 }
 
 Reading &Reading::waitMinutes(const QString &minutes)
@@ -51,7 +46,7 @@ Reading &Reading::waitMinutes(const QString &minutes)
     const QString seconds = NumberText::fromDouble(TextPos::toNumber(minutes) * 60);
     set(Field::Status, QStringLiteral("Wait ") + minutes + QStringLiteral(" Minutes"));
     set(Field::WaitTimeInSec, seconds);
-    return countdown(kMinutesInterval);
+    return countdown(kMinutes);
 }
 
 Reading &Reading::countdown(int intervalMs)

@@ -17,6 +17,10 @@ class RecipeSite;
 // socket; apply() writes it.
 struct Reading
 {
+    // The countdown's intervals: a second per tick, or a minute per tick.
+    static constexpr int kSeconds = 1000;
+    static constexpr int kMinutes = 60000;
+
     enum class End {
         Rest,      // nothing further: the row stays as the values leave it
         NextLink,  // the queue goes on with the site's next link

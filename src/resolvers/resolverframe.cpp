@@ -8,6 +8,7 @@
 #include "system/logicaltimer.h"
 
 #include <QCoreApplication>
+#include <QRandomGenerator>
 
 namespace ResolverFrame {
 
@@ -98,6 +99,17 @@ std::optional<QString> post(RecipeSite &site, XmlHttpRequest &request, const QSt
     return request.responseText();
 }
 
+QString madeUpName(const QString &prefix)
+{
+    return prefix + u' ' + QString::number(QRandomGenerator::global()->bounded(10000));
+}
+
+QString lastSegment(const QString &address, const QString &link)
+{
+    const QString name = TextPos::afterLast(address, QStringLiteral("/"));
+    return name.isNull() ? TextPos::afterLast(link, QStringLiteral("/")) : name;
+}
+
 int parseWaitSeconds(const QString &page)
 {
     // A failure anywhere here leaves the result at 0.
@@ -109,7 +121,7 @@ int parseWaitSeconds(const QString &page)
         const int q = TextPos::find(page, QStringLiteral(";"), p);
         if (q == 0)
             return;
-        seconds = NumberText::toInt16(TextPos::span(page, p + 6, q - p - 6));
+        seconds = NumberText::toInt32(TextPos::span(page, p + 6, q - p - 6));
     });
     return seconds;
 }

@@ -61,8 +61,8 @@ std::optional<QString> post(RecipeSite &site, XmlHttpRequest &request, const QSt
                             const QByteArray &body,
                             OnBadStatus onBadStatus = OnBadStatus::ConnectionFailure);
 
-// The number behind "var c=" up to the next ";" of a page; 0 where there is
-// none or it is no whole number.
+// The number behind "var c=" up to the next ";" of a page, rounded half to
+// even; 0 where there is none or it is no 32-bit whole number.
 int parseWaitSeconds(const QString &page);
 
 // Runs each step on its own: a run-time failure skips the rest of that step
@@ -71,6 +71,15 @@ template <typename... Steps> void eachStep(Steps &&...steps)
 {
     (ignoreFailure(std::forward<Steps>(steps)), ...);
 }
+
+// A name for a file whose page gives none: `prefix`, a blank (where the sign
+// of the number would stand) and a random number below 10000.
+QString madeUpName(const QString &prefix);
+
+// The file name a link's files get where a recipe takes it from the
+// addresses: what stands behind the last "/" of the direct address, else
+// behind the last "/" of the link; null where neither has one.
+QString lastSegment(const QString &address, const QString &link);
 
 // A recipe's fetching step: any run-time failure ends in `word`, then the
 // next link.

@@ -1,6 +1,7 @@
 #include "transfer/downloadasynch.h"
 
 #include "list/formats.h"
+#include "list/sitetable.h"
 #include "list/statustext.h"
 #include "prompts/prompts.h"
 #include "system/filefolder.h"
@@ -21,6 +22,14 @@ const QString kEmptyAddress =
 const QString kInvalidArgument = QStringLiteral("Invalid procedure call or argument");
 const QString kBadFile = QStringLiteral("Bad file name or number");
 constexpr qint64 kReadChunk = 512 * 1024;
+
+// YouTube's addresses hold the word, or the site's host as the site table has it.
+bool isYoutubeAddress(const QString &url)
+{
+    const QString host = SiteHosts::instance().host(Sites::Youtube);
+    return url.contains(QStringLiteral("youtube"), Qt::CaseInsensitive) ||
+           (!host.isEmpty() && url.contains(host + u'/', Qt::CaseInsensitive));
+}
 
 // Rounds to two decimals, ties to the even digit.
 double roundTwoDecimals(double value)
@@ -160,7 +169,7 @@ void DownloadAsynch::stopDownload()
     emit stopped();
     closeFile();
     // A stopped transfer loses its file, but for YouTube, whose part stays.
-    if (!m_url.contains(QStringLiteral("youtube"), Qt::CaseInsensitive))
+    if (!isYoutubeAddress(m_url))
         FileFolder::deleteFile(m_localFilePath, true);
 }
 
@@ -435,7 +444,7 @@ void DownloadAsynch::silenceTick()
     }
     const double share = roundTwoDecimals(static_cast<double>(m_fDownloaded / m_fileSize) * 100.0);
     if (share > 96 && (m_url.contains(QStringLiteral("rapidshare"), Qt::CaseInsensitive) ||
-                       m_url.contains(QStringLiteral("youtube"), Qt::CaseInsensitive)))
+                       isYoutubeAddress(m_url)))
         emit complete();
     else
         emit error(StatusText::ConnectionError);

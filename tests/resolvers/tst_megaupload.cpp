@@ -101,7 +101,6 @@ private slots:
     void failures()
     {
         FakeMegaUpload fake;
-        SiteHosts::instance().setHost("megaupload", fake.hostPort());
         FailureMatrix::run(kSite, steps(), fake,
                            {fake.addFile("BAD1", "bad.bin", "x"), fake.addFile("OK22", "ok", "y")});
     }
@@ -127,7 +126,6 @@ private slots:
         QFETCH(QString, helper);
         QFETCH(QStringList, history);
         FakeMegaUpload fake;
-        SiteHosts::instance().setHost("megaupload", fake.hostPort());
         RecipeHarness h({kSite});
         h.add(kSite, fake.addFile("ABCDEFGH", "movie.avi", "the movie"));
         h.add(kSite, fake.addFile("NEXT0001", "next.bin", "next"));
@@ -176,7 +174,6 @@ private slots:
     void stopClosesTheSocket()
     {
         FakeMegaUpload fake;
-        SiteHosts::instance().setHost("megaupload", fake.hostPort());
         RecipeHarness h({kSite});
         h.add(kSite, fake.addFile("HELD", "held.bin", "x"));
         fake.server().setAnswer(FakeMegaUpload::helperPath("HELD"), TestServer::Answer::silence());

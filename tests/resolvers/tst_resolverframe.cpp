@@ -105,8 +105,8 @@ private slots:
         row("wait: no marker", "wait", "<html>nothing</html>", "", 1, "0");
         row("wait: no semicolon", "wait", "var c=12", "", 1, "0");
         row("wait: no number", "wait", "var c=abc;", "", 1, "0");
-        row("wait: beyond 16 bits", "wait", "var c=40000;", "", 1, "0");
-        row("wait: largest 16-bit", "wait", "var c=32767;", "", 1, "32767");
+        row("wait: beyond 16 bits", "wait", "var c=40000;", "", 1, "40000");
+        row("wait: beyond 32 bits", "wait", "var c=2147483648;", "", 1, "0");
         // Addresses as the request object takes them.
         row("url as it is", "url", "http://host/a/b?x=1", "", 1, "http://host/a/b?x=1");
         row("url without scheme", "url", "127.0.0.1:81/a", "", 1, "http://127.0.0.1:81/a");
@@ -114,6 +114,10 @@ private slots:
         row("url: backslash in the query stays", "url", "http://host\\a?p=c:\\x", "", 1,
             "http://host/a?p=c:\\x");
         row("url: https kept", "url", "https://host/a", "", 1, "https://host/a");
+        // A site's www host: a name gets "www.", an address by number stays.
+        row("www host of a name", "www", "mediafire.com", "", 1, "www.mediafire.com");
+        row("www host already so", "www", "WWW.filefactory.com", "", 1, "WWW.filefactory.com");
+        row("www host of a number", "www", "127.0.0.1:81", "", 1, "127.0.0.1:81");
     }
 
     void texts()
@@ -144,6 +148,10 @@ private slots:
                 return QString::number(ResolverFrame::parseWaitSeconds(text));
             if (how == "url")
                 return XmlHttpRequest::normalizeUrl(text);
+            if (how == "www") {
+                SiteHosts::instance().setHost("mediafire", text);
+                return SiteHosts::instance().wwwHost(Sites::MediaFire);
+            }
             const QString found =
                 how == "between"
                     ? TextPos::between(text, what.section(u'|', 0, 0), what.section(u'|', 1), start)

@@ -16,6 +16,7 @@
 class FakeMegaUpload : public FakeSite
 {
 public:
+    FakeMegaUpload() : FakeSite(Sites::MegaUpload) {}
     // Puts a file on the site, with the download page's count (empty: the
     // page has none), and gives its link.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,

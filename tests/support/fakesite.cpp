@@ -1,8 +1,17 @@
 #include "fakesite.h"
 
-FakeSite::FakeSite()
+FakeSite::FakeSite(int site) : m_site(site)
 {
     m_server.listen();
+    if (Sites::isSite(site))
+        SiteHosts::instance().setHost(QString::fromLatin1(Sites::site(site).key), hostPort());
+}
+
+FakeSite::~FakeSite()
+{
+    if (Sites::isSite(m_site))
+        SiteHosts::instance().setHost(QString::fromLatin1(Sites::site(m_site).key),
+                                      QString::fromLatin1(Sites::site(m_site).defaultHost));
 }
 
 TestServer::Answer FakeSite::html(const QString &page, const QByteArray &setCookie)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "list/sitetable.h"
 #include "testserver.h"
 
 #include <QByteArray>
@@ -13,8 +14,10 @@
 class FakeSite
 {
 public:
-    FakeSite();
-    virtual ~FakeSite() = default;
+    // With a site's number, the site table's host of that site is the fake's
+    // address while it lives.
+    explicit FakeSite(int site = 0);
+    virtual ~FakeSite();
 
     TestServer &server() { return m_server; }
     QString url(const QString &path) const { return m_server.url(path); }
@@ -46,4 +49,5 @@ public:
 
 private:
     TestServer m_server;
+    int m_site;
 };

@@ -1,0 +1,245 @@
+#include "failurematrix.h"
+#include "fakedepositfiles.h"
+#include "fakehotfile.h"
+#include "recipeharness.h"
+#include "resolvers/depositfiles.h"
+#include "resolvers/hotfile.h"
+#include "sandbox.h"
+#include "system/logicaltimer.h"
+
+#include <QtTest>
+
+namespace {
+
+constexpr int kDeposit = Sites::DepositFiles;
+constexpr int kHot = Sites::HotFile;
+using Deposit = FakeDepositFiles;
+using Hot = FakeHotFile;
+
+// DepositFiles' one request, for a first link given in German.
+QList<FailureMatrix::Step> depositSteps()
+{
+    FailureMatrix::Step post{"gateway post", Deposit::pagePath("21")};
+    const QString noCountdown = Deposit::downloadPage("http://h/f", "f", 5).remove("_waiter_");
+    post.pages = {{"file gone", Deposit::gonePage, "Not Found|0|"},
+                  {"gateway again", Deposit::gatewayPage, "Error|0|"},
+                  {"slots busy", Deposit::slotsBusyPage, "Wait 5 Minutes|300|", false},
+                  {"address busy", Deposit::ipBusyPage, "Wait 5 Minutes|300|", false},
+                  {"no countdown", noCountdown, "Starting...|0|", false}};
+    return {post};
+}
+
+// HotFile's page and its post, which the site passes on to a path of its own.
+QList<FailureMatrix::Step> hotSteps()
+{
+    FailureMatrix::Step page{"page", Hot::linkPath("31")}, post{"post", Hot::postPath("31")};
+    page.pages = {{"no form", Hot::gonePage, "Not Found|0|"},
+                  {"form behind 32767", Hot::formPage("31", "1", 32800), "Connection Error|0|"}};
+    post.pages = {{"empty answer", "", "Not Found|0|"}, {"no link", "<p>x</p>", "Error|0|"}};
+    return {page, post};
+}
+
+QByteArray postLine(const TestServer::Request &post)
+{
+    return post.method + ' ' + post.path + ' ' + post.header("Content-type") + '|' +
+           post.header("Content-length") + '|' + post.header("Connection") + '|' + post.body;
+}
+
+} // namespace
+
+class TestDepositFilesHotFile : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
+    void init() { RecipeHarness::setPeriods(5, 20000); }
+
+    // The page readers. "reader" is "deposit", "form" (HotFile's page: the
+    // body|the wait) or the row's link|DirectURL for HotFile's answer to the
+    // post, which is read at step 1 and shows the step after it.
+    void reading_data()
+    {
+        QTest::addColumn<QString>("reader");
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("expected");
+        auto row = [](const QString &reader, const char *name, const QString &page,
+                      const QString &expected) {
+            QTest::newRow(name) << reader << page << expected;
+        };
+        const QString form = "<div id=\"download_url\"><form action=\"http://h/f\" method=\"get\">";
+        const QString read = "DirectURL=http://h/f; LocalFilePath=/dl", d = "deposit";
+        const QString error = "Status=Error; WaitTimeInSec=0 => next link";
+        row(d, "site's page, 'minute' in it",
+            Deposit::downloadPage("http://h/f", "r:\"1\".pdf", 45),
+            "DirectURL=http://h/f; LocalFile=r1.pdf; LocalFilePath=/dl; Status=Wait 45 Seconds; "
+            "WaitTimeInSec=1 => countdown 1000");
+        row(d, "busy before gone", Deposit::slotsBusyPage + Deposit::gonePage,
+            "Status=Wait 5 Minutes; WaitTimeInSec=300 => countdown 60000");
+        row(d, "half the gone text", "Such file does not exist", error);
+        row(d, "no closing quote", form.left(39), error);
+        row(d, "no title, no countdown", form + "File name: <b>x</b>", read + " => rest");
+        row(d, "no < after the countdown", form + "download_waiter_remain\">9", read + " => rest");
+        row(d, "countdown too short", form + "download_waiter_remain<", read + "; " + error);
+        row(d, "countdown no number, no var c, any case",
+            "<P ID=\"DOWNLOAD_URL\" ACTION=\"http://h/f\">DOWNLOAD_WAITER_REMAIN\">soon<",
+            read + "; Status=Wait 0 Seconds; WaitTimeInSec=1 => countdown 1000");
+
+        const QString f = "<form method=post name=f>\r\n", input = "<input type=hidden name=a>\r\n";
+        row("form", "site's page", Hot::formPage("7", "1500"), Hot::formBody("7") + "|1.5");
+        row("form", "nothing before the input",
+            "name=f>\n" + input + "<tr>timerend=d.getTime()+45000;", "a|45");
+        row("form", "no inputs, no timer", f + "free\r\n<tr>", "free|30");
+        row("form", "value as it stands, timer no number",
+            f + "<INPUT TYPE=HIDDEN Name=k Value=\"a b's\">\r\n<tr>timerend=d.getTime()+x;",
+            "&k=\"a b's\"|30");
+        row("form", "<tr> glued to the form", "name=f><tr>", "fails");
+        row("form", "timer behind 32767",
+            f + input + "<tr>" + QString(32800, 'x') + "timerend=d.getTime()+1000;", "fails");
+
+        const QString a = "http://h/dl/x.html|", link = "<a href=\"%1\" class=click_download>";
+        const QString go = "Status=Connecting... => transfer #";
+        row(a, "site's page", Hot::downloadPage("http://h/a,b c"),
+            "DirectURL=http://h/a,b c; LocalFilePath=/dl; LocalFile=a,b c; " + go + "2");
+        row(a, "disabled first", Hot::disabledPage + link.arg("h/"),
+            "WaitTimeInSec=300 => countdown 1000 #1");
+        row(a, "no href", "<a id=\"x\" class=click_download>", " => rest #2");
+        row(a, "no quote before", "<a class=click_download>", error + " #2");
+        row(a + "  ", "neither, blank address", "<p>x</p>", error + " #1");
+        row(a + "http://h/old", "neither, address from before", "<p>x</p>",
+            "LocalFilePath=/dl; LocalFile=old; " + go + "1");
+        row(a, "address ending in /", link.arg("http://h/"),
+            "DirectURL=http://h/; LocalFilePath=/dl; LocalFile=; " + go + "2");
+        row(a, "name from the link", link.arg("f"),
+            "DirectURL=f; LocalFilePath=/dl; LocalFile=x.html; " + go + "2");
+        row("x|", "no / at all", link.arg("f"), "DirectURL=f; LocalFilePath=/dl; " + go + "2");
+    }
+    void reading()
+    {
+        QFETCH(QString, reader);
+        QFETCH(QString, page);
+        QFETCH(QString, expected);
+        QString read = "fails";
+        int step = 1;
+        ignoreFailure([&] {
+            const QStringList row = reader.split('|');
+            if (reader == "deposit") {
+                read = DepositFilesRecipe::readDownloadPage(page, "/dl").toString();
+            } else if (reader == "form") {
+                const auto got = HotFileRecipe::readFormPage(page);
+                read = got.hasForm ? got.postData + '|' + got.wait : "no form";
+            } else {
+                read = HotFileRecipe::readPostAnswer(page, row[0], row[1], "/dl", step).toString();
+                read += " #" + QString::number(step);
+            }
+        });
+        QCOMPARE(read, expected);
+    }
+
+    // ---- Links through the queue, the countdown and the transfer ----
+
+    void depositFiles()
+    {
+        Deposit site;
+        RecipeHarness h({kDeposit});
+        h.createSubDir = 1;
+        h.add(kDeposit, site.addFile("11", "report.pdf", "report", 45, "DE"));
+        h.add(kDeposit, site.addFile("12", "later.pdf", "later"));
+        site.page(Deposit::pagePath("12"), Deposit::slotsBusyPage);
+
+        h.queues->startDownloadLinks(kDeposit, true);
+        QTRY_COMPARE(h.at(kDeposit, 1), QStringLiteral("Wait 5 Minutes"));
+        QCOMPARE(h.history(kDeposit, 0).join(','),
+                 "Waiting,Starting...,Wait 45 Seconds,Connecting...,Complete");
+        QCOMPARE(h.fileIn("DepositFiles Files/report.pdf"), QByteArray("report"));
+        QVERIFY(h.at(kDeposit, 0, Field::LinkURL).endsWith("/DE/files/11"));
+        QCOMPARE(postLine(site.server().requests().at(0)),
+                 "POST /en/files/11 application/x-www-form-urlencoded|16|close|gateway_result=1");
+
+        // The long wait ends in the transfer, which has no address to go to.
+        for (int tick = 0; tick < 5; ++tick)
+            emit h.queues->siteTimer(kDeposit)->timeout();
+        QTRY_COMPARE(h.at(kDeposit, 1), QStringLiteral("Error"));
+        QCOMPARE(h.history(kDeposit, 1).join(',').section(',', 2),
+                 "Wait 5 Minutes,Wait 4 Minutes,Wait 3 Minutes,Wait 2 Minutes,Wait 1 "
+                 "Minutes,Connecting...,Error");
+    }
+
+    void hotFile()
+    {
+        RecipeHarness::setPeriods(1, 20000);
+        Hot site;
+        RecipeHarness h({kHot});
+        h.createSubDir = 1;
+        h.add(kHot, site.addFile("41", "a,b.bin", "first", "1500"));
+        h.add(kHot, site.addFile("42", "b.bin", "second", "1000", 2));
+
+        // A QTRY wait sleeps 10 ms a round, too long for ticks of 1 ms.
+        h.queues->startDownloadLinks(kHot, true);
+        QTimer wake; // the wait below never blocks for good
+        wake.start(100);
+        for (QDeadlineTimer end(20000); h.at(kHot, 1) != "Complete" && !end.hasExpired();)
+            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+        QCOMPARE(h.history(kHot, 0).join(','),
+                 "Waiting,Starting...,Wait 1.5 Seconds,Wait 1 Seconds,Connecting...,Complete");
+        QCOMPARE(h.fileIn("HotFile Files/a,b.bin"), QByteArray("first")); // not cleaned
+        QCOMPARE(postLine(site.server().requests().at(1)),
+                 "POST /dl/41 application/x-www-form-urlencoded|42|close|" + Hot::formBody("41"));
+
+        // Two answers "not yet": two waits of 300 seconds that write no Status
+        // of their own, each ending in the same post.
+        const QString seen = h.history(kHot, 1).join(',');
+        QCOMPARE(seen.count("Wait 1 Seconds,Wait 5 Minutes,"), 2);
+        QVERIFY(seen.endsWith("Wait 1 Seconds,Connecting...,Complete"));
+        QByteArray bodies;
+        for (const auto &r : site.server().requests())
+            bodies += r.path == Hot::postPath("42") ? r.body : "";
+        QCOMPARE(bodies, Hot::formBody("42").repeated(3));
+    }
+
+    // A page without the site's countdown and an answer without a link leave
+    // their rows as they are; a stop ends them.
+    void restsUntilStopped()
+    {
+        Deposit deposit;
+        Hot hot;
+        RecipeHarness h({kDeposit, kHot});
+        h.add(kDeposit, deposit.addFile("51", "a", "a"));
+        h.add(kDeposit, deposit.addFile("52", "b", "b"));
+        h.add(kHot, hot.addFile("61", "c", "c"));
+        h.add(kHot, hot.addFile("62", "d", "d"));
+        deposit.page(Deposit::pagePath("51"), "<p id=\"download_url\" action=\"h/f\">");
+        hot.page(Hot::postPath("61"), "<a id=\"x\" class=click_download>");
+
+        h.queues->startDownloadLinks(kDeposit, true);
+        h.queues->startDownloadLinks(kHot, true);
+        QVERIFY(hot.server().waitForRequests(3));
+        QTest::qWait(100);
+        QCOMPARE(h.overview() + h.flags(kDeposit) + h.flags(kHot),
+                 "6:Starting...,Waiting 7:Wait 1 Seconds,Waiting1010");
+        h.queues->stopDownloads(kDeposit);
+        h.queues->stopDownloads(kHot);
+        QTRY_COMPARE(h.overview(), QStringLiteral("6:Stopped,Waiting 7:Stopped,Waiting"));
+    }
+
+    // The frame's failures at each request, and the sites' own pages.
+    void depositFailures_data() { FailureMatrix::addRows(depositSteps()); }
+    void depositFailures()
+    {
+        Deposit fake;
+        FailureMatrix::run(kDeposit, depositSteps(), fake,
+                           {fake.addFile("21", "a", "a", 5, "de"), fake.addFile("22", "b", "b")});
+    }
+    void hotFailures_data() { FailureMatrix::addRows(hotSteps()); }
+    void hotFailures()
+    {
+        Hot fake;
+        FailureMatrix::run(kHot, hotSteps(), fake,
+                           {fake.addFile("31", "a", "a"), fake.addFile("32", "b", "b")});
+    }
+
+private:
+    std::unique_ptr<Sandbox> m_sandbox;
+};
+
+QTEST_GUILESS_MAIN(TestDepositFilesHotFile)
+#include "tst_depositfiles.moc"

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "fakesite.h"
+
+#include <QByteArray>
+#include <QString>
+
+// A 4Shared stand-in on a TestServer. Each file has three addresses:
+//
+//   /file/<id>/<name>.html?ref=share   the link, never fetched as it stands
+//   /get/<id>/<name>.html              the download page: the countdown in
+//       the element before "seconds..." and the file's address in the
+//       href='...' of "Click here to download this file"
+//   /download/<id>/<name>?tsid=<id>    the file itself
+class FakeFourShared : public FakeSite
+{
+public:
+    FakeFourShared() : FakeSite(Sites::FourShared) {}
+    // Puts a file on the site and gives its link.
+    QString addFile(const QString &id, const QString &name, const QByteArray &content,
+                    int waitSeconds = 1);
+    static QByteArray getPath(const QString &id, const QString &name);
+
+    // `wait` is the countdown element's text.
+    static QString downloadPage(const QString &directUrl, const QString &wait);
+    // The pages that end a run.
+    static inline const QString invalidLinkPage =
+        QStringLiteral("<p>The file link that you requested is not valid.</p>");
+    static inline const QString busyPage = QStringLiteral("<p>Server busy.</p>");
+    static inline const QString noCountdownPage =
+        QStringLiteral("<p>Free users wait 40 seconds before each download.</p>");
+    static inline const QString noLinkPage =
+        QStringLiteral("<b id=\"sec\">20</b> seconds...<a href='/x'>Sign up</a>");
+};
