@@ -2,13 +2,14 @@
 //
 // A server in a child process of its own (forked before Qt starts, one
 // grandchild per connection) answers every request on 127.0.0.1 with a
-// Content-Length of 2 GiB and that many bytes of a repeating pattern. The
+// Content-Length of 256 MiB and that many bytes of a repeating pattern. The
 // real main window runs over the real AppCore; seven sites (all but
-// MediaFire) get ten rows each, enough to keep every site busy throughout,
+// MediaFire) get forty rows each, enough to keep every site busy throughout,
 // and a stand-in recipe per site puts the test server's address into the
 // row, as a site's recipe would, after which the real queues, countdown
-// timers and transfer controls carry the rows. The files are written to
-// /dev/null through links, so the disk stays out of it. For 30 seconds a
+// timers and transfer controls carry the rows. The files go to memory
+// (/dev/shm where the machine has it) and each is removed once its transfer
+// is complete, so the disk stays out of it. For 30 seconds a
 // 10 ms timer measures how late it fires: the largest lateness is the
 // longest time the event loop was kept from handling a posted event. The
 // last line says max_delay_ms=...
@@ -25,6 +26,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QTreeView>
@@ -43,9 +45,9 @@
 
 namespace {
 
-constexpr qint64 kFileSize = qint64(2) << 30;
+constexpr qint64 kFileSize = qint64(256) << 20;
 constexpr int kSeconds = 30;
-constexpr int kRowsPerSite = 10;
+constexpr int kRowsPerSite = 40;
 constexpr int kTickMs = 10;
 
 } // namespace
@@ -72,8 +74,11 @@ int main(int argc, char **argv)
     FakePrompts prompts;
     AppCore core(&prompts);
     core.setLinkListPath(home.filePath(QStringLiteral("LinkList.lq")));
-    const QString folder = home.filePath(QStringLiteral("downloads"));
-    QDir().mkpath(folder);
+    const QString memory = QStringLiteral("/dev/shm");
+    QTemporaryDir files(QFileInfo(memory).isWritable()
+                            ? memory + QStringLiteral("/bench_ui-XXXXXX")
+                            : home.filePath(QStringLiteral("dl-XXXXXX")));
+    const QString folder = files.path();
     core.setDownloadDir(folder);
 
     MainWindow window(&core, &prompts);
@@ -84,15 +89,14 @@ int main(int argc, char **argv)
         if (site == Sites::MediaFire)
             continue;
         sites.push_back(site);
-        // The link is the file's own address on the server; its 2 GiB are
-        // announced, and written to /dev/null through a link of its name.
+        // The link is the file's own address on the server; its size is
+        // announced.
         auto standIn = std::make_unique<StandInRecipe>();
         standIn->mode = StandInRecipe::Mode::Resolve;
-        standIn->fileSize = QStringLiteral("2 GB");
+        standIn->fileSize = QStringLiteral("256 MB");
         core.queues().setRecipe(site, std::move(standIn));
         for (int k = 0; k < kRowsPerSite; ++k) {
             const QString name = QStringLiteral("site%1_%2.bin").arg(site).arg(k);
-            QFile::link(QStringLiteral("/dev/null"), folder + u'/' + name);
             core.list().addLinkToList(QStringLiteral("http://127.0.0.1:%1/%2").arg(port).arg(name),
                                       site, &prompts);
         }
@@ -112,7 +116,13 @@ int main(int argc, char **argv)
             received += current[site];
             current[site] = 0;
         });
-        QObject::connect(&d, &DownloadAsynch::complete, &app, [&] { ++completed; });
+        QObject::connect(&d, &DownloadAsynch::complete, &app, [&, site] {
+            ++completed;
+            // The site's finished files go; its next transfer hasn't opened one yet.
+            const QString pattern = QStringLiteral("site%1_*").arg(site);
+            for (const QString &name : QDir(folder).entryList({pattern}, QDir::Files))
+                QFile::remove(folder + u'/' + name);
+        });
     }
 
     // The probe: a 10 ms timer and how late each of its ticks comes.

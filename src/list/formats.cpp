@@ -212,8 +212,11 @@ QString uniqueLocalFileName(const QString &path)
 {
     QString candidate = path;
     for (;;) {
-        // A missing file is free, and so is an empty one: it gets used.
-        if (!FileFolder::fileExists(candidate) || QFileInfo(candidate).size() == 0)
+        // A missing file is free, and so is an empty one: it gets used. A
+        // symbolic link is a taken name whatever it points to: a download is
+        // never written through one.
+        const QFileInfo info(candidate);
+        if (!info.isSymLink() && (!FileFolder::fileExists(candidate) || info.size() == 0))
             return candidate;
 
         const QString folder = FileFolder::parentFolderName(candidate);

@@ -6,11 +6,10 @@
 #include "prompts/prompts.h"
 #include "system/filefolder.h"
 #include "transfer/bytesearch.h"
-
-#include <QNetworkProxy>
-#include <QTcpSocket>
+#include "transfer/rawsocket.h"
 
 #include <cmath>
+#include <fcntl.h>
 #include <limits>
 
 namespace {
@@ -80,7 +79,7 @@ DownloadAsynch::~DownloadAsynch()
 {
     if (m_ws) {
         m_ws->disconnect(this);
-        m_ws->abort();
+        m_ws->close();
     }
     closeFile();
 }
@@ -182,17 +181,14 @@ bool DownloadAsynch::wsConnect(const QString &host, QString *failure)
         *failure = kInvalidArgument;
         return false;
     }
-    m_ws = new QTcpSocket(this);
-    m_ws->setProxy(QNetworkProxy::NoProxy);
-    // Chunks are taken at most half a megabyte at a time: when the socket
-    // is read dry at once, chunks of many megabytes have left the processor's
-    // cache before they are searched and written, and a large transfer costs
-    // markedly more time.
-    m_ws->setReadBufferSize(kReadChunk);
-    connect(m_ws, &QTcpSocket::connected, this, &DownloadAsynch::onConnected);
-    connect(m_ws, &QTcpSocket::readyRead, this, &DownloadAsynch::onReadyRead);
-    connect(m_ws, &QTcpSocket::disconnected, this, &DownloadAsynch::onDisconnected);
-    connect(m_ws, &QTcpSocket::errorOccurred, this, &DownloadAsynch::onSocketError);
+    // Chunks are taken at most half a megabyte at a time, into the socket's
+    // one buffer: searched and written while they are still in the
+    // processor's cache.
+    m_ws = new RawSocket(kReadChunk, this);
+    connect(m_ws, &RawSocket::connected, this, &DownloadAsynch::onConnected);
+    connect(m_ws, &RawSocket::received, this, &DownloadAsynch::onReceived);
+    connect(m_ws, &RawSocket::peerClosed, this, &DownloadAsynch::onPeerClosed);
+    connect(m_ws, &RawSocket::failed, this, &DownloadAsynch::onSocketFailed);
     m_wsState = Connecting;
     m_ws->connectToHost(name, port);
     return true;
@@ -204,7 +200,7 @@ void DownloadAsynch::wsClose()
     // the socket's own signals can't disturb it; the old one is let go later.
     if (m_ws) {
         m_ws->disconnect(this);
-        m_ws->abort();
+        m_ws->close();
         m_ws->deleteLater();
         m_ws = nullptr;
     }
@@ -219,9 +215,7 @@ void DownloadAsynch::onConnected()
     // A file with content keeps its name and the transfer takes the next free
     // one; an empty file (as after a redirect) is used again.
     m_localFilePath = uniqueLocalFileName(m_localFilePath);
-    m_file.setFileName(m_localFilePath);
-    // Opened without cutting it to zero; writing begins at its start.
-    if (!m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
+    if (!openFile())
         emit error(m_file.errorString());
 
     const QByteArray request = "GET /" + m_sPath.toLatin1() +
@@ -229,42 +223,45 @@ void DownloadAsynch::onConnected()
                                "\r\nAccept: */*\r\n\r\n";
     m_tmrWiat.start();
     m_bFirstPacket = true;
-    if (m_ws && m_ws->write(request) != request.size())
-        emit error(m_ws ? m_ws->errorString() : kInvalidArgument);
+    if (m_ws && !m_ws->write(request))
+        emit error(kInvalidArgument);
 }
 
-void DownloadAsynch::onReadyRead()
+// Opened without cutting it to zero (writing begins at its start), and never
+// through a symbolic link: a link is a name that is taken.
+bool DownloadAsynch::openFile()
 {
-    if (!m_ws)
-        return;
-    const qint64 available = m_ws->bytesAvailable();
-    const int state = m_wsState;
-    // Only a connected socket hands its data over; otherwise they stay unread.
-    handleData(state == Connected ? m_ws->readAll() : QByteArray(), available, state);
+    const QByteArray path = QFile::encodeName(m_localFilePath);
+    const int fd = ::open(path.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0644);
+    if (fd < 0) {
+        m_file.setFileName(m_localFilePath);
+        // The open fails again here, which gives the system's description.
+        return m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered) && false;
+    }
+    m_file.setFileName(m_localFilePath);
+    return m_file.open(fd, QIODevice::ReadWrite | QIODevice::Unbuffered,
+                       QFileDevice::AutoCloseHandle);
 }
 
-void DownloadAsynch::onDisconnected()
+void DownloadAsynch::onReceived(const char *data, qsizetype size)
+{
+    handleData(QByteArrayView(data, size), size, m_wsState);
+}
+
+void DownloadAsynch::onPeerClosed()
 {
     if (m_wsState != Connected)
         return;
-    QTcpSocket *socket = m_ws;
-    // Bytes that came in before the close are still the connection's.
-    if (socket->bytesAvailable() > 0) {
-        onReadyRead();
-        if (m_ws != socket || m_wsState != Connected)
-            return;
-    }
     m_wsState = PeerClosed;
     closeFile();
-    // The peer's close reaches the data handler as an arrival of zero bytes.
-    handleData(QByteArray(), 0, PeerClosed);
+    // The peer's orderly close reaches the data handler as an arrival of zero
+    // bytes.
+    handleData(QByteArrayView(), 0, PeerClosed);
 }
 
-void DownloadAsynch::onSocketError()
+void DownloadAsynch::onSocketFailed(const QString &description)
 {
-    if (!m_ws || m_ws->error() == QAbstractSocket::RemoteHostClosedError)
-        return; // an orderly close comes through onDisconnected
-    const QString description = m_ws->errorString();
+    // A reset or any other failure of the connection: not the end of the data.
     m_wsState = Failed;
     closeFile();
     emit error(description);
@@ -285,13 +282,14 @@ void DownloadAsynch::finishDownload()
     emit complete();
 }
 
-void DownloadAsynch::handleData(const QByteArray &chunk, qint64 bytesTotal, int state)
+void DownloadAsynch::handleData(QByteArrayView chunk, qint64 bytesTotal, int state)
 {
     // Each arrival restarts the minute of silence.
     m_tmrWiat.stop();
     m_tmrWiat.start();
 
-    QByteArray data = state == Connected ? chunk : QByteArray();
+    // Only a connected socket hands its data over.
+    const QByteArrayView data = state == Connected ? chunk : QByteArrayView();
     QString failure;
     if (!takeChunk(data, bytesTotal, state, &failure)) {
         emit error(failure);
@@ -301,7 +299,7 @@ void DownloadAsynch::handleData(const QByteArray &chunk, qint64 bytesTotal, int 
 
 // Every check is made on every chunk: nothing remembers that the header has
 // passed. Returns false with a description when the chunk can't be handled.
-bool DownloadAsynch::takeChunk(QByteArray &data, qint64 bytesTotal, int state, QString *failure)
+bool DownloadAsynch::takeChunk(QByteArrayView data, qint64 bytesTotal, int state, QString *failure)
 {
     // The three status words are looked for in one pass over the chunk.
     static const QByteArrayView statusWords[3] = {"303 see other", "302 found", "200 ok"};
@@ -321,7 +319,7 @@ bool DownloadAsynch::takeChunk(QByteArray &data, qint64 bytesTotal, int state, Q
                 *failure = kInvalidArgument;
                 return false;
             }
-            QString target = QString::fromLatin1(data.mid(a + 10, count));
+            QString target = QString::fromLatin1(data.sliced(a + 10, count));
             target.remove(QStringLiteral("http://www."), Qt::CaseInsensitive);
             target.remove(QStringLiteral("http://"), Qt::CaseInsensitive);
             const int slash = target.indexOf(QLatin1Char('/'));
@@ -350,8 +348,8 @@ bool DownloadAsynch::takeChunk(QByteArray &data, qint64 bytesTotal, int state, Q
                 *failure = kInvalidArgument;
                 return false;
             }
-            const QByteArray header = data.left(headerLength);
-            data = data.right(bodyLength);
+            const QByteArrayView header = data.first(headerLength);
+            data = data.last(bodyLength);
 
             // The size is read only from a line that ends in CR LF, so a
             // "Content-Length:" in the header's last line is not seen.
@@ -364,7 +362,7 @@ bool DownloadAsynch::takeChunk(QByteArray &data, qint64 bytesTotal, int state, Q
                     return false;
                 }
                 double value = 0;
-                if (parseNumber(header.mid(a + 16, count), &value)) {
+                if (parseNumber(header.sliced(a + 16, count).toByteArray(), &value)) {
                     const double rounded = std::nearbyint(value);
                     if (std::fabs(rounded) >= 9.2e18) {
                         *failure = QStringLiteral("Overflow");
@@ -394,7 +392,7 @@ bool DownloadAsynch::takeChunk(QByteArray &data, qint64 bytesTotal, int state, Q
             *failure = kBadFile;
             return false;
         }
-        if (m_file.write(data) != data.size()) {
+        if (m_file.write(data.data(), data.size()) != data.size()) {
             *failure = m_file.errorString();
             return false;
         }

@@ -8,7 +8,7 @@
 #include <QString>
 
 class Prompts;
-class QTcpSocket;
+class RawSocket;
 
 // Fetches one file over plain HTTP on its own TCP socket and reports by
 // signals, in this order of numbering: fileBegin, progress, complete,
@@ -35,7 +35,7 @@ public:
     // One arrival of `bytesTotal` bytes with the socket in `state`. The chunk
     // is taken only in state 7 (connected); a close by the peer arrives as
     // zero bytes in state 8. The socket feeds this; tests may call it directly.
-    void handleData(const QByteArray &chunk, qint64 bytesTotal, int state);
+    void handleData(QByteArrayView chunk, qint64 bytesTotal, int state);
     // The handlers of the speed timer (every second) and of the silence timer
     // (a minute after the last chunk); public so a test can drive them.
     void speedTick();
@@ -58,12 +58,13 @@ private:
     bool wsConnect(const QString &host, QString *failure);
     void wsClose();
     void onConnected();
-    void onReadyRead();
-    void onDisconnected();
-    void onSocketError();
+    void onReceived(const char *data, qsizetype size);
+    void onPeerClosed();
+    void onSocketFailed(const QString &description);
+    bool openFile();
     void closeFile();
     void finishDownload();
-    bool takeChunk(QByteArray &data, qint64 bytesTotal, int state, QString *failure);
+    bool takeChunk(QByteArrayView data, qint64 bytesTotal, int state, QString *failure);
 
     Prompts *m_prompts = nullptr;
     QString m_url;
@@ -79,7 +80,7 @@ private:
     bool m_bFinished = false;
     bool m_bFirstPacket = false;
 
-    QTcpSocket *m_ws = nullptr;
+    RawSocket *m_ws = nullptr;
     int m_wsState = Closed;
     QFile m_file;
     LogicalTimer m_tmrSpeed;

@@ -10,6 +10,12 @@ int populate(const QTemporaryDir &dir, const QString &entries)
 {
     const QStringList names = entries.split(' ', Qt::SkipEmptyParts);
     for (const QString &name : names) {
+        // "@name": a link to a file that doesn't exist.
+        if (name.startsWith('@')) {
+            if (!QFile::link(dir.filePath("gone/x"), dir.filePath(name.mid(1))))
+                return -1;
+            continue;
+        }
         QFile f(dir.filePath(name.mid(name.startsWith('~') ? 1 : 0)));
         if (name.endsWith('/') ? !QDir(dir.path()).mkdir(name) : !f.open(QIODevice::WriteOnly))
             return -1;
@@ -23,7 +29,7 @@ int populate(const QTemporaryDir &dir, const QString &entries)
 QString tree(const QTemporaryDir &dir)
 {
     QStringList entries;
-    QDirIterator it(dir.path(), QDir::AllEntries | QDir::NoDotAndDotDot,
+    QDirIterator it(dir.path(), QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
                     QDirIterator::Subdirectories);
     while (it.hasNext())
         entries << it.next().mid(dir.path().size() + 1);
@@ -100,7 +106,8 @@ private slots:
         // The name found, then all the folder holds: nothing is made or changed.
         function = "unique";
         row("%1/clip.avi", "%1/clip.avi: ");
-        row("%1/clip.avi", "%1/clip.avi: clip.avi", "~clip.avi"); // an empty file is free
+        row("%1/clip.avi", "%1/clip.avi: clip.avi", "~clip.avi");   // an empty file is free
+        row("%1/clip.avi", "%1/clip_1.avi: clip.avi", "@clip.avi"); // a link is taken
         // A word behind the "_" gains "_1"; a number counts up, the rest dropped.
         row("%1/my_file.avi", "%1/my_file_1_1.avi: my_file.avi my_file_1.avi",
             "my_file.avi my_file_1.avi");

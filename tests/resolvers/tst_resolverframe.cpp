@@ -357,20 +357,11 @@ private slots:
         QVERIFY(guard.tmrTimeOut->isEnabled());
         QCOMPARE(f.at(1, 0), QStringLiteral("Waiting"));
 
-        // Any status but 200 is a failure, by the recipe's rule.
-        using Bad = ResolverFrame::OnBadStatus;
-        const std::pair<Bad, const char *> rules[] = {
-            {Bad::ConnectionFailure, "Connection Error|Starting..."},
-            {Bad::Error, "Error|Starting..."},
-            {Bad::ConnectionErrorAtRest, "Connection Error|Waiting"},
-            {Bad::Accepted, "Waiting|Waiting"}};
-        for (const auto &[rule, expected] : rules) {
-            Frame g;
-            RecipeSite other = g.site();
-            const auto page = ResolverFrame::get(other, request, server.url("/missing"), rule);
-            QCOMPARE(page.has_value(), rule == Bad::Accepted);
-            QCOMPARE(g.at(1, 0) + u'|' + g.at(1, 1), QString(expected));
-        }
+        // A status other than 200 is what the recipe says it is (the recipes'
+        // failure matrices hold the other rules); here: any answer will do.
+        QCOMPARE(ResolverFrame::get(site, request, server.url("/missing"),
+                                    ResolverFrame::OnBadStatus::Accepted),
+                 std::optional<QString>("<html>error</html>"));
 
         // A stop while the request runs: "Stopped", no next link; the request
         // itself goes on.

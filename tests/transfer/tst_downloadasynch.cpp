@@ -231,6 +231,39 @@ private slots:
     // open, the speed tick finds the size reached and the silence timer then
     // closes the line; without one, the silence timer runs from the connection
     // on. After the end nothing but the silence timer reports, each minute.
+    void resetAndLinks_data()
+    {
+        QTest::addColumn<bool>("reset");
+        QTest::addColumn<QStringList>("log");
+        // A reset in the middle is an error of the socket, not the end of the
+        // data; an early orderly close still counts as complete.
+        QTest::newRow("reset") << true
+                               << QStringList{"fileBegin 1000", "error Connection reset by peer"};
+        QTest::newRow("early close") << false << QStringList{"fileBegin 1000", "complete"};
+    }
+
+    void resetAndLinks()
+    {
+        QFETCH(bool, reset);
+        QFETCH(QStringList, log);
+        Rig r;
+        Answer half = Answer::http(200, "OK", {{"Content-Length", "1000"}, {"Content-Type", "x/y"}},
+                                   QByteArray(400, 'h'));
+        if (reset)
+            half.thenReset();
+        r.server.setAnswer("/f", half);
+        // A link already standing where the file goes, pointing out of the
+        // folder, is a taken name: the download takes the next one.
+        const QString outside = r.dir.filePath("outside.bin");
+        QVERIFY(QFile::link(outside, r.dir.filePath("in/f.bin")) ||
+                (QDir().mkpath(r.dir.filePath("in")) &&
+                 QFile::link(outside, r.dir.filePath("in/f.bin"))));
+        r.begin(r.server.url("/f"), r.dir.filePath("in/f.bin"));
+        QTRY_COMPARE(r.log, log);
+        QVERIFY(!QFile::exists(outside));
+        QCOMPARE(readFile(r.dir.filePath("in/f_1.bin")), QByteArray(400, 'h'));
+    }
+
     void timers()
     {
         for (const bool answered : {true, false}) {
