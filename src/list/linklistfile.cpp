@@ -9,7 +9,6 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-
 namespace {
 
 void showCorrupted(Prompts *prompts)

@@ -121,7 +121,8 @@ private slots:
         row("zero length", "", kDamaged, "");
         row("ItemID not a number", good + record("x", "h/1"), kDamaged, "1|r/1");
         // ItemID is a 32-bit whole number, halves to even.
-        row("ItemID halves to even", record("6.5", "h/1") + record(" 7.5 ", "h/2"), "", "6|h/1 8|h/2");
+        row("ItemID halves to even", record("6.5", "h/1") + record(" 7.5 ", "h/2"), "",
+            "6|h/1 8|h/2");
         row("ItemID beyond 32 bits", good + record("4294967297", "h/1"), kDamaged, "1|r/1");
         row("Status of 51", good + record("7", "h/1", s51) + record("7", "h/2"), kDamaged, "1|r/1");
         // A row of no site is dropped, but its texts must still fit.
