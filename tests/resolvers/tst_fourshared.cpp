@@ -13,39 +13,40 @@ namespace {
 
 constexpr int k4S = Sites::FourShared;
 constexpr int kFF = Sites::FileFactory;
-using Page = FailureMatrix::Page;
+using Step = FailureMatrix::Step;
+const QString kBusy = "<p>Server busy.</p>";
 
 // The requests of each recipe for the first of its matrix's links, with the
 // site's own pages that end a run there.
-QList<FailureMatrix::Step> fourSharedSteps()
+QList<Step> fourSharedSteps()
 {
     // A bad status leaves the queue on the row.
-    FailureMatrix::Step page{"page", FakeFourShared::getPath("2001", "bad.bin"),
-                             StatusText::ConnectionError, false};
-    page.pages = {Page{"not valid", FakeFourShared::invalidLinkPage, "Not Found|0|"},
-                  Page{"twice without seconds", FakeFourShared::busyPage, "Error|0|"},
-                  Page{"no countdown", FakeFourShared::noCountdownPage, "Starting...|0|", false},
-                  Page{"no address", FakeFourShared::downloadPage("", "20"), "ERROR|0|", false},
-                  Page{"no link text", FakeFourShared::noLinkPage, "Error|0|"}};
-    return {page};
+    return {Step{
+        .name = "page",
+        .path = FakeFourShared::getPath("2001", "bad.bin"),
+        .badStatusNextLink = false,
+        .pages = {{"not valid", "The file link that you requested is not valid.", "Not Found|0|"},
+                  {"twice without seconds", kBusy, "Error|0|"},
+                  {"no countdown", "Wait 40 seconds.", "Starting...|0|", false},
+                  {"no address", FakeFourShared::downloadPage("", "20"), "ERROR|0|", false},
+                  {"no link text", "<b>20</b> seconds...<a href='/x'>Sign up</a>", "Error|0|"}}}};
 }
 
-QList<FailureMatrix::Step> fileFactorySteps(const FakeFileFactory &fake)
+QList<Step> fileFactorySteps()
 {
-    FailureMatrix::Step page{"page", fake.linkPath("2001", "bad.bin")};
-    page.pages = {Page{"gone", FakeFileFactory::gonePage, "Not Found|0|"},
-                  Page{"no slots", FakeFileFactory::noSlotsPage, "Wait 5 Minutes|300|", false},
-                  Page{"no link on the button", FakeFileFactory::bareButtonPage, "Not Found|0|"},
-                  Page{"button behind 32767",
-                       FakeFileFactory::farPage(FakeFileFactory::firstPage("dlf/2001")),
-                       "Connection Error|0|"},
-                  Page{"gone, far down", FakeFileFactory::farPage(FakeFileFactory::gonePage),
-                       "Not Found|0|"}};
-    FailureMatrix::Step button{"button page", fake.buttonPath("2001")};
-    button.pages = {
-        Page{"no download link", "<p>Nothing here</p>", "Error|0|", false},
-        Page{"countdown cut off", "downloadLink href=\"h/f\" countdown\">9", "Error|0|"}};
-    return {page, button};
+    const QString far(33000, '-'); // what follows stands behind position 32,767
+    return {Step{.name = "page",
+                 .path = FakeFileFactory::linkPath("2001", "bad.bin"),
+                 .pages = {{"gone", FakeFileFactory::gonePage, "Not Found|0|"},
+                           {"gone, far down", far + FakeFileFactory::gonePage, "Not Found|0|"},
+                           {"no link on the button", "alt=\"Download Now\"", "Not Found|0|"},
+                           {"button far down", far + FakeFileFactory::firstPage("dlf/2001"),
+                            "Connection Error|0|"}}},
+            Step{.name = "button page",
+                 .path = FakeFileFactory::buttonPath("2001"),
+                 .pages = {{"no download link", "<p>Nothing here</p>", "Error|0|", false},
+                           {"countdown cut off", "downloadLink href=\"h/f\" countdown\">9",
+                            "Error|0|"}}}};
 }
 
 } // namespace
@@ -57,50 +58,29 @@ private slots:
     void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
     void init() { RecipeHarness::setPeriods(5, 20000); }
 
-    // ---- 4Shared ----
-
-    void fourSharedAddress_data()
-    {
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<QString>("address");
-        // Only a "/file" right behind the host changes, the host as written.
-        QTest::newRow("4shared") << "4SHARED.COM/File/x/4shared.com/files/y/file?4shared.com/file"
-                                 << "4SHARED.COM/get/x/4shared.com/gets/y/file";
-        QTest::newRow("other host") << "o.com/file/1"
-                                    << "o.com/file/1";
-    }
-    void fourSharedAddress()
-    {
-        QFETCH(QString, link);
-        QFETCH(QString, address);
-        QCOMPARE(FourSharedRecipe::downloadPageAddress(link, "4shared.com"), address);
-    }
-
+    // The folder is "/dl" throughout.
     void fourSharedPage_data()
     {
         QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("reading"); // the folder is "/dl"; "again": ask once more
-        const QString tail = "; LocalFilePath=/dl%1; ready => countdown 1000";
-        QTest::newRow("site's page, name as it stands")
-            << FakeFourShared::downloadPage("s/a,b.zip?tsid=7", "20")
-            << "DirectURL=s/a,b.zip?tsid=7; Status=Wait 20 Seconds; WaitTimeInSec=20" +
-                   tail.arg("; LocalFile=a,b.zip");
-        QTest::newRow("word for a wait, no tsid")
+        QTest::addColumn<QString>("reading");
+        const QString tail =
+            " Seconds; WaitTimeInSec=%1; LocalFilePath=/dl; ready => countdown 1000";
+        QTest::newRow("word for a wait, no tsid: no name")
             << FakeFourShared::downloadPage("s/f", "soon")
-            << "DirectURL=s/f; Status=Wait 45 Seconds; WaitTimeInSec=45" + tail.arg("");
-        QTest::newRow("any case, tsid without a slash")
+            << "DirectURL=s/f; Status=Wait 45" + tail.arg(45);
+        QTest::newRow("any case, tsid without a slash: no name")
             << "<B>3</B> SECONDS...<a href='f?tsid=1'>CLICK HERE TO DOWNLOAD THIS FILE"
-            << "DirectURL=f?tsid=1; Status=Wait 3 Seconds; WaitTimeInSec=3" + tail.arg("");
-        QTest::newRow("no seconds") << FakeFourShared::busyPage << "again";
+            << "DirectURL=f?tsid=1; Status=Wait 3" + tail.arg(3);
     }
     void fourSharedPage()
     {
         QFETCH(QString, page);
         QFETCH(QString, reading);
-        const auto read = FourSharedRecipe::readDownloadPage(page, "/dl");
-        QCOMPARE(read ? read->toString() : "again", reading);
+        QCOMPARE(FourSharedRecipe::readDownloadPage(page, "/dl").value_or(Reading()).toString(),
+                 reading);
     }
 
+    // The name as it stands; a page without a countdown is asked for once more.
     void fourSharedLinks()
     {
         FakeFourShared site;
@@ -109,11 +89,10 @@ private slots:
         const QString link = site.addFile("1001", "a,b.zip", "first", 2);
         h.add(k4S, link);
         h.add(k4S, site.addFile("1002", "two.bin", "second"));
-        // The second link's page has no countdown the first time.
         const QString two = site.url(QStringLiteral("/download/1002/two.bin?tsid=1002"));
-        site.server().setAnswers(FakeFourShared::getPath("1002", "two.bin"),
-                                 {FakeSite::html(FakeFourShared::busyPage),
-                                  FakeSite::html(FakeFourShared::downloadPage(two, "1"))});
+        site.server().setAnswers(
+            FakeFourShared::getPath("1002", "two.bin"),
+            {FakeSite::html(kBusy), FakeSite::html(FakeFourShared::downloadPage(two, "1"))});
 
         h.queues->startDownloadLinks(k4S, true);
         QTRY_COMPARE(h.statuses(k4S), (QStringList{"Complete", "Complete"}));
@@ -128,6 +107,10 @@ private slots:
                  (QStringList{"GET /get/1001/a,b.zip.html", "GET /download/1001/a,b.zip?tsid=1001",
                               "GET /get/1002/two.bin.html", "GET /get/1002/two.bin.html",
                               "GET /download/1002/two.bin?tsid=1002"}));
+        // Only a "/file" right behind the host changes, the host as written.
+        QCOMPARE(FourSharedRecipe::downloadPageAddress(
+                     "4SHARED.COM/File/x/4shared.com/files/y/file?4shared.com/file", "4shared.com"),
+                 "4SHARED.COM/get/x/4shared.com/gets/y/file");
     }
 
     void fourSharedFailures_data() { FailureMatrix::addRows(fourSharedSteps()); }
@@ -139,8 +122,6 @@ private slots:
             {fake.addFile("2001", "bad.bin", "never"), fake.addFile("2002", "good.bin", "good")});
     }
 
-    // ---- FileFactory ----
-
     void fileFactoryPage_data()
     {
         QTest::addColumn<QString>("page");
@@ -148,9 +129,6 @@ private slots:
         QTest::addColumn<QString>("reading"); // the link ends in "/a,b.zip", the folder is "/dl"
         const QString tail = "LocalFilePath=/dl; Status=Wait %1 Seconds; WaitTimeInSec=%1; ready "
                              "=> countdown 1000";
-        QTest::newRow("site's page, name cleaned")
-            << FakeFileFactory::downloadPage("h/r,p.zip", "2") << ""
-            << "DirectURL=h/r,p.zip; LocalFile=rp.zip; " + tail.arg(2);
         QTest::newRow("try later") << FakeFileFactory::tryLaterPage << ""
                                    << "Status=Wait 5 Minutes; WaitTimeInSec=300; not ready => "
                                       "countdown 1000";
@@ -158,14 +136,11 @@ private slots:
             << "<p>x</p>"
             << "h/x.bin"
             << "LocalFile=x.bin; " + tail.arg(30);
-        QTest::newRow("colon in the countdown, name from the link")
-            << FakeFileFactory::downloadPage("f.bin", "0:30") << ""
-            << "DirectURL=f.bin; LocalFile=ab.zip; " + tail.arg(30);
         QTest::newRow("address ending in a slash")
             << FakeFileFactory::downloadPage("h/d/", "1") << ""
             << "DirectURL=h/d/; LocalFile=; " + tail.arg(1);
-        QTest::newRow("quote looked for two places in")
-            << "downloadLink href=\"a\">go class=\"c\""
+        QTest::newRow("quote looked for two places in, colon in the countdown")
+            << "downloadLink href=\"a\">go class=\"c\" countdown\">0:30</"
             << ""
             << "DirectURL=a\">go class=; LocalFile=ab.zip; " + tail.arg(30);
     }
@@ -178,6 +153,9 @@ private slots:
                  reading);
     }
 
+    // The name cleaned. No free slot and "try later" both wait five minutes,
+    // the first a minute per tick (the test ticks it), the second a second
+    // per tick; both rows then go to the transfer without an address.
     void fileFactoryLinks()
     {
         FakeFileFactory site;
@@ -188,9 +166,6 @@ private slots:
         site.page(site.linkPath("1002", "slots.bin"), FakeFileFactory::noSlotsPage);
         site.page(site.buttonPath("1003"), FakeFileFactory::tryLaterPage);
 
-        // The long wait counts a minute per tick (the test ticks it), the one
-        // of the button's page a second per tick; both rows then go to the
-        // transfer without an address.
         h.queues->startDownloadLinks(kFF, true);
         QTRY_COMPARE(h.at(kFF, 1), QStringLiteral("Wait 5 Minutes"));
         for (int tick = 0; tick < 5; ++tick)
@@ -208,12 +183,12 @@ private slots:
                               "GET /get/1001/re,port.zip"}));
     }
 
-    void fileFactoryFailures_data() { FailureMatrix::addRows(fileFactorySteps(FakeFileFactory())); }
+    void fileFactoryFailures_data() { FailureMatrix::addRows(fileFactorySteps()); }
     void fileFactoryFailures()
     {
         FakeFileFactory fake;
         FailureMatrix::run(
-            kFF, fileFactorySteps(fake), fake,
+            kFF, fileFactorySteps(), fake,
             {fake.addFile("2001", "bad.bin", "never"), fake.addFile("2002", "good.bin", "good")});
     }
 

@@ -67,7 +67,7 @@ private slots:
         row("anything else", "socket", "HTTP/1.1 500 Oops\r\n\r\n", "connection");
         row("captcha page", "captcha", FakeMegaUpload::captchaPage("http://h/x/gencap.php?1.gif"),
             "there|http://h/x/gencap.php?1.gif|c0de42|mv%3D7");
-        row("gone, no picture, no values", "captcha", FakeMegaUpload::gonePage(), "gone|||");
+        row("gone, no picture, no values", "captcha", FakeMegaUpload::gonePage, "gone|||");
         row("download page", "download", FakeMegaUpload::downloadPage("http://h/f/a b.zip", "3"),
             "DirectURL=http://h/f/a b.zip; LocalFile=a b.zip; LocalFilePath=/dl; "
             "Status=Connecting...; Status=Wait 3 Seconds; WaitTimeInSec=3 => countdown 1000");
@@ -129,14 +129,15 @@ private slots:
         RecipeHarness h({kSite});
         h.add(kSite, fake.addFile("ABCDEFGH", "movie.avi", "the movie"));
         h.add(kSite, fake.addFile("NEXT0001", "next.bin", "next"));
-        fake.server().setAnswer(FakeMegaUpload::helperPath("NEXT0001"), FakeMegaUpload::ok200());
+        const auto ok200 = TestServer::Answer::ok("<html>Please use the site.</html>", "text/html");
+        fake.server().setAnswer(FakeMegaUpload::helperPath("NEXT0001"), ok200);
         h.prompts.captchaAnswers << QStringLiteral("x7Q2") << std::nullopt;
         if (helper == "file")
             fake.server().setAnswer(FakeMegaUpload::helperPath("ABCDEFGH"),
-                                    fake.redirectToFile("ABCDEFGH", "movie.avi"));
+                                    TestServer::Answer::redirect(302, fake.url(QByteArray("/files/ABCDEFGH/movie.avi"))));
         else if (helper != "page")
             fake.server().setAnswer(FakeMegaUpload::helperPath("ABCDEFGH"),
-                                    helper == "200"     ? FakeMegaUpload::ok200()
+                                    helper == "200"     ? ok200
                                     : helper == "reset" ? TestServer::Answer::connectionReset()
                                                         : TestServer::Answer::raw("garbage"));
 
@@ -198,7 +199,7 @@ private:
                  StatusText::ConnectionError,
                  true,
                  true,
-                 {{"gone", FakeMegaUpload::gonePage(), "Not Found|0|", false},
+                 {{"gone", FakeMegaUpload::gonePage, "Not Found|0|", false},
                   {"no captcha", "<p>captchacode value=\"1\"</p>", "Not Found|0|"}}}};
     }
 

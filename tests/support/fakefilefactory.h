@@ -18,26 +18,21 @@ class FakeFileFactory : public FakeSite
 {
 public:
     FakeFileFactory() : FakeSite(Sites::FileFactory) {}
-
     // Puts a file on the site and gives its link.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
                     int waitSeconds = 1);
-    QByteArray linkPath(const QString &id, const QString &name) const;
+    static QByteArray linkPath(const QString &id, const QString &name)
+    {
+        return ("/file/" + id + "/n/" + name).toLatin1();
+    }
     static QByteArray buttonPath(const QString &id) { return "/dlf/" + id.toLatin1(); }
-
     static QString firstPage(const QString &buttonHref);
     static QString downloadPage(const QString &directUrl, const QString &countdown);
-    // `body` behind position 32,767 of the page.
-    static QString farPage(const QString &body);
     // The pages that end a run.
-    static inline const QString gonePage =
-        QStringLiteral("<p>Sorry, this file is no longer available. It may have been deleted by "
-                       "the uploader, or has expired.</p>");
-    static inline const QString noSlotsPage =
-        QStringLiteral("<p>Sorry, there are currently no free download slots available on this "
-                       "server.</p>");
+    static inline const QString gonePage = "<p>Sorry, this file is no longer available. It may "
+                                           "have been deleted by the uploader, or has expired.</p>";
+    static inline const QString noSlotsPage = "<p>Sorry, there are currently no free download "
+                                              "slots available on this server.</p>";
     static inline const QString tryLaterPage =
-        QStringLiteral("<p>You are downloading too fast. Please try again later.</p>");
-    static inline const QString bareButtonPage =
-        QStringLiteral("<img src=\"/img/free.gif\" alt=\"Download Now\" />");
+        "<p>You are downloading too fast. Please try again later.</p>";
 };

@@ -19,16 +19,10 @@ public:
     // Puts a file on the site and gives its link.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
                     int waitSeconds = 1);
-    static QByteArray getPath(const QString &id, const QString &name);
-
+    static QByteArray getPath(const QString &id, const QString &name)
+    {
+        return ("/get/" + id + "/" + name + ".html").toLatin1();
+    }
     // `wait` is the countdown element's text.
     static QString downloadPage(const QString &directUrl, const QString &wait);
-    // The pages that end a run.
-    static inline const QString invalidLinkPage =
-        QStringLiteral("<p>The file link that you requested is not valid.</p>");
-    static inline const QString busyPage = QStringLiteral("<p>Server busy.</p>");
-    static inline const QString noCountdownPage =
-        QStringLiteral("<p>Free users wait 40 seconds before each download.</p>");
-    static inline const QString noLinkPage =
-        QStringLiteral("<b id=\"sec\">20</b> seconds...<a href='/x'>Sign up</a>");
 };

@@ -3,7 +3,7 @@
 QString FakeHotFile::addFile(const QString &id, const QString &name, const QByteArray &content,
                              const QString &waitMs, int notReady)
 {
-    const QByteArray filePath = QStringLiteral("/get/%1/%2").arg(id, name).toLatin1();
+    const QByteArray filePath = "/get/" + (id + '/' + name).toLatin1();
     const auto form = html(formPage(id, waitMs));
     const auto onward = TestServer::Answer::redirect(307, url(postPath(id)));
     server().setRoute(linkPath(id), [form, onward](const TestServer::Request &request) {
@@ -15,17 +15,13 @@ QString FakeHotFile::addFile(const QString &id, const QString &name, const QByte
     return url(linkPath(id));
 }
 
-QString FakeHotFile::formPage(const QString &id, const QString &waitMs, int padding)
+QString FakeHotFile::formPage(const QString &id, const QString &waitMs)
 {
-    return htmlPage(
-        "HotFile",
-        QStringLiteral("<!-- %3 -->\r\n<table><form style=\"margin:0;padding:0;\" action=\"\" "
-                       "method=post name=f>\r\n"
-                       "<input type=hidden name=action value=capt>\r\n"
-                       "<input type=hidden name=tm value=%1>\r\n"
-                       "<input type=hidden name=tmhash value=a1b2c3d4>\r\n"
-                       "<input type=hidden name=wait value=30>\r\n"
-                       "<tr><td><script>var d=new Date();var timerend=d.getTime()+%2;</script>"
-                       "</td></tr></form></table>")
-            .arg(id, waitMs, QString(padding, QLatin1Char('x'))));
+    return "<table><form action=\"\" method=post name=f>\r\n"
+           "<input type=hidden name=action value=capt>\r\n<input type=hidden name=tm value=" +
+           id +
+           ">\r\n<input type=hidden name=tmhash value=a1b2c3d4>\r\n"
+           "<input type=hidden name=wait value=30>\r\n<tr><td><script>var d=new Date();var "
+           "timerend=d.getTime()+" +
+           waitMs + ";</script></td></tr></form></table>";
 }

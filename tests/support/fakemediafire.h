@@ -8,14 +8,14 @@
 
 // A MediaFire stand-in on a TestServer:
 //
-//   /?<key>                            the link's page with the download
-//                                      script's marker
-//   /dynamic/download.php?qk=<key>     the script: `var` declarations, the
-//                                      server (mL, this one), a path segment
-//                                      (mH), the name (mY) and the
-//                                      11-character segment, then a function
-//                                      that writes the link to the file
-//   /<11 characters>g/<mH>/<mY>        the file
+//   /?<key>                          the link's page with the download
+//                                    script's marker
+//   /dynamic/download.php?qk=<key>   the script: `var` declarations of the
+//                                    server (mL, this one), a path segment
+//                                    (mH), the name (mY) and an 11-character
+//                                    segment, then the function that writes
+//                                    the link to the file
+//   /<11 characters>g/<mH>/<mY>      the file
 class FakeMediaFire : public FakeSite
 {
 public:
@@ -23,15 +23,11 @@ public:
     // Puts a file on the site and gives its link.
     QString addFile(const QString &key, const QString &eleven, const QString &name,
                     const QByteArray &content);
-
     static QByteArray linkPath(const QString &key) { return "/?" + key.toLatin1(); }
     static QByteArray scriptPath(const QString &key)
     {
         return "/dynamic/download.php?qk=" + key.toLatin1();
     }
-
-    // The link's page, with or without the script's marker.
-    static QString firstPage(bool withMarker = true);
     // The dynamic page declaring these values in turn, each "name=value".
     static QString scriptPage(const QStringList &declarations);
 };

@@ -2,17 +2,12 @@
 
 #include "fakesite.h"
 
-// A MegaUpload stand-in. A link "/?d=<id>" has:
-//
-//   /mgr_dl.php?d=<id>   the site's helper, asked over the socket: by default
-//                        a 302 back to the link's page; answer() sets another
-//   /?d=<id>             the link's page: the captcha picture's address, the
-//                        hidden values "captchacode" and "megavar"; a POST of
-//                        the form to it gives the download page
-//   /gencap.php?<id>.gif the captcha picture
-//   /files/<id>/<name>   the file
-//
-// Tests point the site table's MegaUpload host at hostPort().
+// A MegaUpload stand-in, the site table's MegaUpload host while it lives. A
+// link "/?d=<id>" has the site's helper /mgr_dl.php?d=<id>, asked over the
+// socket (by default a 302 back to the link's page); the link's page with the
+// captcha picture's address and the hidden values "captchacode" and
+// "megavar", whose POST gives the download page; the picture
+// /gencap.php?<id>.gif; and the file /files/<id>/<name>.
 class FakeMegaUpload : public FakeSite
 {
 public:
@@ -21,23 +16,26 @@ public:
     // page has none), and gives its link.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
                     const QString &count = QStringLiteral("1"));
-
-    static QByteArray helperPath(const QString &id);
-    static QByteArray linkPath(const QString &id);
-    // A picture of one pixel, as the site's captcha would come.
+    static QByteArray helperPath(const QString &id) { return "/mgr_dl.php?d=" + id.toLatin1(); }
+    static QByteArray linkPath(const QString &id) { return "/?d=" + id.toLatin1(); }
+    // A GIF of one pixel, as the site's captcha would come.
     static QByteArray picture()
     {
-        return QByteArray("GIF89a\x01\x00\x01\x00\x80\x00\x00\xff\xff\xff\x00\x00\x00!\xf9\x04"
-                          "\x01\x00\x00\x00\x00,\x00\x00\x00\x00\x01\x00\x01\x00\x00\x02\x02"
-                          "D\x01\x00;",
-                          43);
+        return QByteArray::fromBase64(
+            "R0lGODlhAQABAIAAAP///wAAACH5BAEAAAAALAAAAAABAAEAAAICRAEAOw==");
     }
 
-    // What the helper can answer.
-    TestServer::Answer redirectToFile(const QString &id, const QString &name) const;
-    static TestServer::Answer ok200();
-
-    static QString captchaPage(const QString &pictureUrl);
-    static QString downloadPage(const QString &address, const QString &count);
-    static QString gonePage();
+    static QString captchaPage(const QString &pictureUrl)
+    {
+        return "<form method=\"POST\"><img src=\"" + pictureUrl +
+               "\"><input type=\"hidden\" name=\"captchacode\" value=\"c0de42\">\n<input "
+               "type=\"hidden\" name=\"megavar\" value=\"mv%3D7\"><input name=\"captcha\"></form>";
+    }
+    static QString downloadPage(const QString &address, const QString &count)
+    {
+        return (count.isEmpty() ? "" : "<script>var count=" + count + ";</script>\n") +
+               "<div id=\"downloadlink\"><a href=\"" + address + "\">Download</a></div>";
+    }
+    static inline const QString gonePage =
+        "<p>Unfortunately, the link you have clicked is not available.</p>";
 };
