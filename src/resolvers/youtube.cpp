@@ -49,8 +49,8 @@ void YoutubeRecipe::parseYoutubePage(RecipeSite &site, const QString &page)
     const Reading reading =
         readWatchPage(page, SiteHosts::instance().host(Sites::Youtube), site.localFolder());
     // Every value on its own, then the run goes on as the page says.
-    for (const auto &[field, text] : reading.values)
-        ignoreFailure([&] { site.setField(field, text); });
+    for (const auto &value : reading.values)
+        ignoreFailure([&] { site.setField(value.first, value.second); });
     Reading end = reading;
     end.values.clear();
     ignoreFailure([&] { write(site, end); });

@@ -13,6 +13,15 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace {
+bool g_offline = false;
+}
+
+void RawSocket::setOffline(bool offline)
+{
+    g_offline = offline;
+}
+
 RawSocket::RawSocket(qsizetype chunkSize, QObject *parent) : QObject(parent)
 {
     m_chunk.resize(chunkSize);
@@ -26,6 +35,11 @@ RawSocket::~RawSocket()
 void RawSocket::connectToHost(const QString &host, quint16 port)
 {
     close();
+    if (g_offline) {
+        QMetaObject::invokeMethod(
+            this, [this] { fail(ENETUNREACH); }, Qt::QueuedConnection);
+        return;
+    }
     const QHostAddress address(host);
     if (!address.isNull()) {
         connectTo(address.toString().toLatin1(), port,
