@@ -2,6 +2,7 @@
 #include "app/consoleprompts.h"
 #include "app/startup.h"
 #include "app/termination.h"
+#include "system/logicaltimer.h"
 #include "ui/mainwindow.h"
 #include "ui/widgetprompts.h"
 
@@ -24,6 +25,7 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariable("TESSALWICK_PROMPTS") == QLatin1String("console"))
         prompts = &consolePrompts;
 
+    LogicalTimer::applyOverrides(qEnvironmentVariable("TESSALWICK_TIMER_PERIODS"));
     AppCore core(prompts);
     // A log-out or a termination request never loses the list. Watched from
     // the start, so a request during start-up is served once the loop runs.

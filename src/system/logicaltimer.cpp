@@ -47,6 +47,17 @@ void LogicalTimer::setRealPeriod(int logicalMs, int realMs)
     realPeriods().insert(logicalMs, realMs);
 }
 
+void LogicalTimer::applyOverrides(const QString &overrides)
+{
+    for (const QString &entry : overrides.split(u',', Qt::SkipEmptyParts)) {
+        bool logicalOk = false, realOk = false;
+        const int logical = entry.section(u'=', 0, 0).trimmed().toInt(&logicalOk);
+        const int real = entry.section(u'=', 1, 1).trimmed().toInt(&realOk);
+        if (logicalOk && realOk && logical > 0 && real > 0)
+            setRealPeriod(logical, real);
+    }
+}
+
 void LogicalTimer::clearRealPeriods()
 {
     realPeriods().clear();

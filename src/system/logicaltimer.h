@@ -26,6 +26,9 @@ public:
     // The real period for a logical interval, for the whole process.
     static void setRealPeriod(int logicalMs, int realMs);
     static void clearRealPeriods();
+    // "60000=1500,1000=50": the form of TESSALWICK_TIMER_PERIODS, with which
+    // tests run the whole program with short minutes. Bad entries are passed by.
+    static void applyOverrides(const QString &overrides);
     static int realPeriod(int logicalMs);
 
 signals:

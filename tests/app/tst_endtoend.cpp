@@ -1,76 +1,85 @@
 // The program itself against a RapidShare stand-in on 127.0.0.1: a link
-// handed over through the hand-over socket is fetched to "Complete" with the
-// site's page, form post, countdown and transfer, and the list is saved when
-// the program is asked to end.
-#include "app/captureserver.h"
+// handed over is fetched to "Complete" with the site's page, form post,
+// countdown and transfer; under network and disk faults the program stays
+// alive, answers hand-overs and writes the row's words; an orderly end always
+// leaves the list whole.
 #include "app/cregister.h"
 #include "fakerapidshare.h"
 #include "list/formats.h"
+#include "programrun.h"
 #include "sandbox.h"
 #include "testserver.h"
 
-#include <QLocalSocket>
-#include <QProcess>
-#include <QtEndian>
 #include <QtTest>
 
 #include <csignal>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+namespace {
+
+QByteArray numbers(int count)
+{
+    QByteArray content;
+    for (int i = 0; i < count; ++i)
+        content += QByteArray::number(i) + ' ';
+    return content;
+}
+
+QByteArray listRow(const QString &link, const QString &name, const QString &status,
+                   const QString &size, const QString &folder)
+{
+    return QStringList{"1", link, name, status, size, folder, ""}.join("\r\n").toUtf8();
+}
+
+// The child's writes stop at 20,000 bytes a file, as on a full disk; the
+// signal that would end it is ignored, so each write fails instead.
+void fullDisk()
+{
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{20000, 20000};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// The superuser writes through any folder's mode: the child gives that power
+// up for good, so a read-only folder is read-only to it too.
+void noOverride()
+{
+    ::prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0);
+    ::prctl(PR_CAPBSET_DROP, 2 /* CAP_DAC_READ_SEARCH */, 0, 0, 0);
+    ::prctl(PR_CAPBSET_DROP, 3 /* CAP_FOWNER */, 0, 0, 0);
+}
+
+} // namespace
 
 class TestEndToEnd : public QObject
 {
     Q_OBJECT
 private slots:
     void handedOverLinkIsDownloaded();
+    void faults_data();
+    void faults();
 };
 
 void TestEndToEnd::handedOverLinkIsDownloaded()
 {
     Sandbox sandbox;
-    const QString built = qEnvironmentVariable("TESSALWICK_EXE");
-    if (built.isEmpty() || !QFile::exists(built))
-        QSKIP("TESSALWICK_EXE does not name the built program");
-    const QString exe = sandbox.path("bin/tessalwick");
-    QDir().mkpath(sandbox.path("bin"));
-    QVERIFY(QFile::copy(built, exe));
-
     FakeRapidShare site;
-    QByteArray content;
-    for (int i = 0; i < 20000; ++i)
-        content += QByteArray::number(i) + ' ';
+    ProgramRun program(sandbox, "rapidshare=" + site.hostPort());
+    if (!program.available())
+        QSKIP("TESSALWICK_EXE does not name the built program");
+    const QByteArray content = numbers(20000);
     const QString link = site.addFile("4711", "holiday.zip", content, 1);
-    const QString hostEntry = "rapidshare=" + site.hostPort();
-
     // The user's choices: a download folder of its own, start after a hand-over.
     const QString downloads = sandbox.path("downloads");
     Settings::save("DownDir", downloads);
     Settings::save("StartAfterCatch", "1");
 
-    QProcess program;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    env.insert("TESSALWICK_PROMPTS", "console");
-    env.insert("TESSALWICK_SITE_HOSTS", hostEntry);
-    program.setProcessEnvironment(env);
-    program.start(exe, {});
-    QVERIFY(program.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(CaptureServer::isLive(Settings::get("AppTextHandle", "")), 20000);
-
-    // Another program hands the link over; the queue starts by itself. The
-    // program answers once its start has run, which needs this process's
-    // server: so the message is sent without blocking here.
-    QLocalSocket sender;
-    sender.connectToServer(Settings::get("AppTextHandle", ""));
-    QVERIFY(sender.waitForConnected(5000));
-    const QByteArray text = link.toUtf8();
-    QByteArray message(4, '\0');
-    qToBigEndian<quint32>(quint32(text.size()), message.data());
-    sender.write(message + text);
-    QTRY_VERIFY_WITH_TIMEOUT(sender.bytesAvailable() > 0, 30000);
-    sender.disconnectFromServer();
-
+    QVERIFY(program.start());
+    QVERIFY(program.handOver(link));
     const QString file = downloads + "/holiday.zip";
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(file).size() == content.size(), 30000);
-    QCOMPARE(program.state(), QProcess::Running);
+    QVERIFY(program.running());
 
     // The page, the form post and the file, in that order.
     QStringList paths;
@@ -79,21 +88,110 @@ void TestEndToEnd::handedOverLinkIsDownloaded()
     QCOMPARE(paths, QStringList({"GET /files/4711/holiday.zip.html", "POST /post/4711/holiday.zip",
                                  "GET /file/4711/holiday.zip"}));
 
-    // An orderly end saves the list with the row complete.
-    ::kill(pid_t(program.processId()), SIGTERM);
-    QVERIFY(program.waitForFinished(10000));
-    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-    QFile list(sandbox.path("bin/LinkList.lq"));
-    QVERIFY(list.open(QIODevice::ReadOnly));
-    // The size the page told is replaced by the one the transfer reported.
-    QCOMPARE(list.readAll(), ("1\r\n" + link + "\r\nholiday.zip\r\nComplete\r\n" +
-                              sizeToText(content.size()) + "\r\n" + downloads + "\r\n")
-                                 .toUtf8());
+    // An orderly end saves the list with the row complete; the size the page
+    // told is replaced by the one the transfer reported.
+    QVERIFY(program.terminate());
+    QCOMPARE(program.listFile(),
+             listRow(link, "holiday.zip", "Complete", sizeToText(content.size()), downloads));
     QFile saved(file);
     QVERIFY(saved.open(QIODevice::ReadOnly));
     QCOMPARE(saved.readAll(), content);
-    const QByteArray log = program.readAllStandardError();
-    QVERIFY2(log.contains("balloon: [Tessalwick] 1 Link Added"), log.constData());
+    QVERIFY2(program.log().contains("balloon: [Tessalwick] 1 Link Added"),
+             program.log().constData());
+}
+
+void TestEndToEnd::faults_data()
+{
+    QTest::addColumn<QByteArray>("answer");    // what the file's address answers
+    QTest::addColumn<QString>("status");       // the row's words at the end
+    QTest::addColumn<QByteArray>("file");      // what the file holds, "-" for no file
+    QTest::addColumn<int>("setup");            // 1 full disk, 2 read-only folder
+    const QByteArray content = numbers(10000); // 48,890 bytes
+    const QByteArray ok = "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n";
+    const QByteArray header =
+        ok + "Content-Length: " + QByteArray::number(content.size()) + "\r\n\r\n";
+    const QByteArray half = content.left(content.size() / 2);
+    const QByteArray notFound = "HTTP/1.1 404 Not Found\r\n\r\n<html>gone</html>";
+    const QByteArray serverError = "HTTP/1.1 500 Internal Server Error\r\n\r\n<html>oops</html>";
+    auto row = [](const char *name, const QByteArray &answer, const QString &status,
+                  const QByteArray &file,
+                  int setup = 0) { QTest::newRow(name) << answer << status << file << setup; };
+    row("stall", "stall:" + header + half, "Connection Error", half);
+    row("reset", "reset:" + header + half, "Error", half);
+    // An answer of no known kind is an error, and it is still written.
+    row("garbage", "raw:garbage, not a page", "Connection Error", "garbage, not a page");
+    row("404", "raw:" + notFound, "Connection Error", notFound);
+    row("500", "raw:" + serverError, "Connection Error", serverError);
+    row("redirect loop", "loop:", "Connecting...", "-");
+    row("shorter than told", "raw:" + ok + "Content-Length: 99999\r\n\r\n" + half, "Complete",
+        half);
+    row("full disk", "raw:" + header + content, "Error", content.left(20000), 1);
+    row("read-only folder", "raw:" + header + content, "Error", "-", 2);
+}
+
+void TestEndToEnd::faults()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(QString, status);
+    QFETCH(QByteArray, file);
+    QFETCH(int, setup);
+    Sandbox sandbox;
+    FakeRapidShare site;
+    ProgramRun program(sandbox, "rapidshare=" + site.hostPort());
+    if (!program.available())
+        QSKIP("TESSALWICK_EXE does not name the built program");
+    // A minute of silence passes in a second and a half.
+    program.setEnv("TESSALWICK_TIMER_PERIODS", "60000=1500");
+    const QString link = site.addFile("13", "data.bin", QByteArray());
+    const QByteArray path = FakeRapidShare::filePath("13", "data.bin");
+    const QByteArray kind = answer.left(answer.indexOf(':')), bytes = answer.mid(kind.size() + 1);
+    if (kind == "stall")
+        site.server().setAnswer(path, TestServer::Answer::raw(bytes).keepOpen());
+    else if (kind == "reset")
+        site.server().setAnswer(path, TestServer::Answer::raw(bytes).thenReset());
+    else if (kind == "loop")
+        site.server().setAnswer(path, TestServer::Answer::redirect(302, site.url(path)));
+    else
+        site.server().setAnswer(path, TestServer::Answer::raw(bytes));
+    const QString downloads = sandbox.path("downloads");
+    QVERIFY(QDir().mkpath(downloads));
+    Settings::save("DownDir", downloads);
+    Settings::save("StartAfterCatch", "1");
+    if (setup == 1)
+        program.setChildSetup(fullDisk);
+    if (setup == 2) {
+        QVERIFY(QFile::setPermissions(downloads, QFile::ReadOwner | QFile::ExeOwner));
+        program.setChildSetup(noOverride);
+    }
+
+    QVERIFY(program.start());
+    QVERIFY(program.handOver(link));
+    auto fileRequests = [&] {
+        int count = 0;
+        for (const TestServer::Request &r : site.server().requests())
+            count += r.pathOnly() == path;
+        return count;
+    };
+    // The loop never ends by itself: the test ends it after twenty rounds.
+    QTRY_VERIFY_WITH_TIMEOUT(fileRequests() >= (kind == "loop" ? 20 : 1), 20000);
+    // The program lives through it and still takes what others hand over.
+    QTest::qWait(kind == "stall" ? 2500 : 500);
+    QVERIFY(program.running());
+    QVERIFY(program.handOver("no link in this text"));
+    // An orderly end leaves the list whole, with the row's words.
+    QVERIFY(program.terminate());
+    const QStringList fields = QString::fromUtf8(program.listFile()).split("\r\n");
+    QCOMPARE(fields.size(), 7);
+    QCOMPARE(fields.mid(0, 4), (QStringList{"1", link, "data.bin", status}));
+    QCOMPARE(fields.at(5), downloads);
+    QFile saved(downloads + "/data.bin");
+    if (file == "-")
+        QVERIFY(!saved.exists() || saved.size() == 0);
+    else {
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(saved.readAll(), file);
+    }
+    QFile::setPermissions(downloads, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 QTEST_GUILESS_MAIN(TestEndToEnd)

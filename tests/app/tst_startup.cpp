@@ -106,6 +106,16 @@ private slots:
                          "balloon: [TessalwickDownloadManager] Tessalwick is here!\n"
                          "balloon: [Tessalwick] 1 Link Added\n"
                          "balloon: [Tessalwick] 1 Link Added"}));
+
+        // A setting that doesn't convert stops the start-up with its message.
+        Settings::save("StartAfterCatch", "abc");
+        process = start();
+        QString told;
+        QTRY_VERIFY_WITH_TIMEOUT((told += promptsOf(*process))
+                                     .contains("message: [Tessalwick] Error While Intializing."),
+                                 20000);
+        process->kill();
+        QVERIFY(process->waitForFinished(10000));
     }
 };
 

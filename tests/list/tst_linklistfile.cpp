@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <cstdio>
 #include <sys/resource.h>
 
 namespace {
@@ -29,6 +30,27 @@ void writeAll(const QString &path, const QByteArray &bytes)
 QByteArray record(QByteArray id, QByteArray link, QByteArray status = "Waiting")
 {
     return id + "\r\n" + link + "\r\n?\r\n" + status + "\r\n?\r\n\r\n";
+}
+
+// 4,000 rows of one site, the links tagged so two lists differ in every row.
+void fill(DownloadList &list, char tag)
+{
+    list.open();
+    for (int i = 0; i < 4000; ++i)
+        list.addLinkToList(QStringLiteral("rapidshare.com/files/%1/%2.zip").arg(i).arg(tag), 1,
+                           nullptr);
+}
+
+// The child of the crash test: saves the two lists in turn until killed.
+[[noreturn]] void saveForever(const QString &path)
+{
+    DownloadList lists[2];
+    fill(lists[0], 'a');
+    fill(lists[1], 'b');
+    std::fputs("saving\n", stdout);
+    std::fflush(stdout);
+    for (unsigned turn = 0;; ++turn)
+        LinkListFile::saveLinkList(lists[turn % 2], path);
 }
 } // namespace
 
@@ -141,7 +163,38 @@ private slots:
         // The file itself is left as it was.
         QCOMPARE(readAll(m_path), content);
     }
+
+    // A process killed at any moment of a save leaves the old list or the new.
+    void killedDuringSave()
+    {
+        DownloadList lists[2];
+        fill(lists[0], 'a');
+        fill(lists[1], 'b');
+        QVERIFY(LinkListFile::saveLinkList(lists[0], m_path));
+        const QByteArray whole[2] = {
+            readAll(m_path), (LinkListFile::saveLinkList(lists[1], m_path), readAll(m_path))};
+        QVERIFY(whole[0] != whole[1] && whole[0].count('\n') == 24000);
+        for (int run = 0; run < 50; ++run) {
+            QProcess child;
+            child.start(QCoreApplication::applicationFilePath(), {"--save-forever", m_path});
+            QVERIFY(child.waitForStarted());
+            QVERIFY(child.waitForReadyRead(10000));
+            QTest::qWait(QRandomGenerator::global()->bounded(40));
+            ::kill(pid_t(child.processId()), SIGKILL);
+            QVERIFY(child.waitForFinished());
+            const QByteArray left = readAll(m_path);
+            QVERIFY2(left == whole[0] || left == whole[1], qPrintable(QString::number(run)));
+        }
+    }
 };
 
-QTEST_GUILESS_MAIN(TestLinkListFile)
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    if (argc == 3 && qstrcmp(argv[1], "--save-forever") == 0)
+        saveForever(QString::fromLocal8Bit(argv[2]));
+    TestLinkListFile test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_linklistfile.moc"
