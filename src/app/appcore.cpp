@@ -156,15 +156,33 @@ void AppCore::loadLinkList()
     emit listRebound();
 }
 
+bool AppCore::refuseWhileDownloading()
+{
+    if (!isAnyDownloading())
+        return false;
+    if (m_prompts)
+        m_prompts->messageBox(QStringLiteral("There is one download or more currently "
+                                             "running, Please Stop downloading first."),
+                              Prompts::Icon::Exclamation, Prompts::Buttons::Ok);
+    return true;
+}
+
+void AppCore::clearList()
+{
+    if (refuseWhileDownloading() || !m_prompts ||
+        m_prompts->messageBox(QStringLiteral("Are you sure that you want to remove all items?"),
+                              Prompts::Icon::Question,
+                              Prompts::Buttons::YesNo) != Prompts::Answer::Yes)
+        return;
+    stopAllDownloads();
+    m_list.open();
+    emit listRebound();
+}
+
 bool AppCore::requestClose()
 {
-    if (isAnyDownloading()) {
-        if (m_prompts)
-            m_prompts->messageBox(QStringLiteral("There is one download or more currently "
-                                                 "running, Please Stop downloading first."),
-                                  Prompts::Icon::Exclamation, Prompts::Buttons::Ok);
+    if (refuseWhileDownloading())
         return false;
-    }
     saveLinkList();
     emit quitRequested();
     return true;

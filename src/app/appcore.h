@@ -71,6 +71,10 @@ public:
     bool saveLinkList();
     void loadLinkList();
 
+    // The list bar's "Clear": refused while anything downloads, asked about,
+    // then every queue stops and the list starts anew, empty.
+    void clearList();
+
     // The close button: refused with a message while anything downloads,
     // otherwise the list is saved and quitRequested() is emitted.
     bool requestClose();
@@ -89,6 +93,9 @@ signals:
     void queueRanOut(int site);
 
 private:
+    // The message that nothing may go while a download runs; true when it was shown.
+    bool refuseWhileDownloading();
+
     Prompts *m_prompts;
     DownloadList m_list;
     SiteQueues m_queues;

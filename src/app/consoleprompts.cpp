@@ -23,10 +23,15 @@ void ConsolePrompts::balloon(int, const QString &text, const QString &title, int
     writeLine(QStringLiteral("balloon: [%1] %2").arg(title, text));
 }
 
-QString ConsolePrompts::browseForFolder(const QString &title)
+QString ConsolePrompts::browseForFolder(const QString &title, const QString &startFolder)
 {
-    writeLine(QStringLiteral("folder: [%1] cancelled").arg(title));
+    writeLine(QStringLiteral("folder: [%1] at %2 cancelled").arg(title, startFolder));
     return QString();
+}
+
+void ConsolePrompts::copyToClipboard(const QString &text)
+{
+    writeLine(QStringLiteral("copy: %1").arg(text));
 }
 
 bool ConsolePrompts::openExternal(const QString &target)

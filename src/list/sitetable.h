@@ -79,6 +79,9 @@ struct Site
     Recognition recognition;
     MenuEntry startEntry;
     MenuEntry stopEntry;
+    // The site's entry of the tray menu's Downloads list; its caption is
+    // written at each opening.
+    const char *trayEntry;
     // The parent row shows in the grid and the menu entries can be chosen.
     bool shown;
 

@@ -23,10 +23,12 @@ public:
     // it shows nothing.
     virtual void balloon(int iconKind, const QString &text, const QString &title,
                          int milliseconds) = 0;
-    // Empty when the user cancelled.
-    virtual QString browseForFolder(const QString &title) = 0;
+    // Empty when the user cancelled; the picker opens at `startFolder`.
+    virtual QString browseForFolder(const QString &title, const QString &startFolder) = 0;
     // Opens a file, folder or web address with the desktop's handler.
     virtual bool openExternal(const QString &target) = 0;
+    // Puts the text on the desktop's clipboard.
+    virtual void copyToClipboard(const QString &text) = 0;
     // The captcha question: shows the picture in this file and gives what
     // the person typed, or nothing when the question was closed without its
     // button.

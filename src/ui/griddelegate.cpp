@@ -49,6 +49,9 @@ void GridDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
     opt.state &= ~(QStyle::State_Selected | QStyle::State_HasFocus);
     opt.palette.setColor(QPalette::Text, ink);
     opt.palette.setColor(QPalette::WindowText, ink);
+    // Check boxes on white, so that they read as boxes that can be ticked.
+    opt.palette.setColor(QPalette::Base, Qt::white);
+    opt.palette.setColor(QPalette::Window, Qt::white);
     QStyle *style = opt.widget ? opt.widget->style() : QApplication::style();
     style->drawControl(QStyle::CE_ItemViewItem, &opt, painter, opt.widget);
 }

@@ -1,8 +1,10 @@
 #include "ui/gridview.h"
 
+#include <QHelpEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QToolTip>
 
 GridView::GridView(QWidget *parent) : QTreeView(parent) {}
 
@@ -45,6 +47,38 @@ void GridView::paintBackground(QPainter &p, const QRectF &area)
     p.drawRoundedRect(QRectF(cx - s * 0.26, top + s * 0.76, s * 0.52, s * 0.07), s * 0.02,
                       s * 0.02);
     p.restore();
+}
+
+void GridView::drawBranches(QPainter *painter, const QRect &rect, const QModelIndex &index) const
+{
+    painter->fillRect(rect, index.data(Qt::BackgroundRole).value<QColor>());
+    QTreeView::drawBranches(painter, rect, index);
+}
+
+void GridView::drawRow(QPainter *painter, const QStyleOptionViewItem &option,
+                       const QModelIndex &index) const
+{
+    QTreeView::drawRow(painter, option, index);
+    painter->save();
+    painter->setPen(QColor(0, 0, 0, 46));
+    painter->drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
+    painter->restore();
+}
+
+bool GridView::viewportEvent(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QTreeView::viewportEvent(event);
+    auto *help = static_cast<QHelpEvent *>(event);
+    const QModelIndex index = indexAt(help->pos());
+    const QString text = index.data(Qt::DisplayRole).toString();
+    const QRect cell = visualRect(index);
+    // Some room is the cell's margin; a text wider than the rest is cut.
+    if (!text.isEmpty() && fontMetrics().horizontalAdvance(text) > cell.width() - 8)
+        QToolTip::showText(help->globalPos(), text, viewport(), cell);
+    else
+        QToolTip::hideText();
+    return true;
 }
 
 void GridView::paintEvent(QPaintEvent *event)

@@ -15,4 +15,12 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    // The expand arrows sit on the row's own colour, not on a grey gutter.
+    void drawBranches(QPainter *painter, const QRect &rect,
+                      const QModelIndex &index) const override;
+    // A thin line under every row keeps neighbouring bars apart.
+    void drawRow(QPainter *painter, const QStyleOptionViewItem &option,
+                 const QModelIndex &index) const override;
+    // A cell whose text is cut shows all of it as its tool tip.
+    bool viewportEvent(QEvent *event) override;
 };

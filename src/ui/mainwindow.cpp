@@ -3,30 +3,39 @@
 #include "app/appcore.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlistmodel.h"
+#include "list/listcommands.h"
 #include "list/sitetable.h"
 #include "prompts/prompts.h"
+#include "system/failure.h"
 #include "ui/griddelegate.h"
 #include "ui/gridmodel.h"
 #include "ui/gridview.h"
-#include "ui/startstopmenus.h"
+#include "ui/menuholder.h"
 #include "ui/windowparts.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLinearGradient>
 #include <QMenu>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStorageInfo>
 #include <QSystemTrayIcon>
 #include <QTreeView>
+#include <QWheelEvent>
 #include <QWindow>
+#include <algorithm>
 
 namespace {
 
@@ -81,16 +90,35 @@ QIcon drawnIcon()
     return icon;
 }
 
-// Shrinks a label's font until its one line of text fits its width.
-void fitText(QLabel *label)
+// One font size for a group of labels: the largest at which each one's line
+// of text fits its width.
+void fitTogether(const QList<QLabel *> &labels)
 {
-    QFont f = label->font();
+    QFont f = labels.first()->font();
     for (int size = f.pixelSize(); size > 8; --size) {
         f.setPixelSize(size);
-        if (QFontMetrics(f).horizontalAdvance(label->text()) <= label->width())
+        const QFontMetrics metrics(f);
+        if (std::all_of(labels.begin(), labels.end(), [&](const QLabel *l) {
+                return metrics.horizontalAdvance(l->text()) <= l->width();
+            }))
             break;
     }
-    label->setFont(f);
+    for (QLabel *label : labels)
+        label->setFont(f);
+}
+
+// Scroll bars for the dark link box and grid, instead of the style's light ones.
+QString darkScrollBars()
+{
+    return QStringLiteral(
+        "QScrollBar { background: rgb(58, 60, 64); border: none; }"
+        "QScrollBar:vertical { width: 12px; } QScrollBar:horizontal { height: 12px; }"
+        "QScrollBar::handle { background: rgb(120, 124, 130); border-radius: 4px; margin: 2px; }"
+        "QScrollBar::handle:hover { background: rgb(251, 140, 60); }"
+        "QScrollBar::handle:vertical { min-height: 20px; }"
+        "QScrollBar::handle:horizontal { min-width: 20px; }"
+        "QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }"
+        "QScrollBar::add-page, QScrollBar::sub-page { background: none; }");
 }
 
 // A folder on an optical disc can't take downloads.
@@ -115,11 +143,15 @@ MainWindow::MainWindow(AppCore *core, Prompts *prompts, QWidget *parent)
     base.setPixelSize(11);
     setFont(base);
 
+    m_menus = new MenuHolder(
+        m_core, [this] { showFromTray(); }, this);
     buildTitleStrip();
     buildButtonRow();
     buildGrid();
     buildFoot();
     buildTray();
+    buildListCommands();
+    setAcceptDrops(true);
 
     connect(m_core, &AppCore::quitRequested, this, [this] {
         m_closing = true;
@@ -163,6 +195,9 @@ void MainWindow::buildTitleStrip()
         button->setToolTip(QString::fromLatin1(def.tip));
         button->setFocusPolicy(Qt::NoFocus);
     }
+    // Help and About come with a later version of the window.
+    for (const char *later : {"cmdHelp", "cmdAbout"})
+        findChild<SkinButton *>(QString::fromLatin1(later))->setEnabled(false);
     connect(findChild<SkinButton *>(QStringLiteral("cmdTray")), &QAbstractButton::clicked, this,
             &MainWindow::hideToTrayOrMinimise);
     connect(findChild<SkinButton *>(QStringLiteral("cmdMinimize")), &QAbstractButton::clicked, this,
@@ -219,11 +254,16 @@ void MainWindow::buildButtonRow()
         button->setToolTip(QString::fromLatin1(def.tip));
     }
 
+    // Options and Update come with a later version of the window.
+    for (const char *later : {"lblOptions", "lblUpdate"})
+        findChild<SkinButton *>(QString::fromLatin1(later))->setEnabled(false);
+
     m_links = new LinkTextBox(QStringLiteral("txtLinks"), this);
     m_links->setGeometry(twips(30, 1215, 11115, 735));
     m_links->setStyleSheet(QStringLiteral("QPlainTextEdit { background-color: rgb(64, 64, 64); "
                                           "color: white; border: 1px solid rgb(104, 104, 104); "
-                                          "selection-background-color: rgb(251, 140, 60); }"));
+                                          "selection-background-color: rgb(251, 140, 60); }") +
+                           darkScrollBars());
     m_links->setText(LinkHint::designText());
 
     connect(findChild<SkinButton *>(QStringLiteral("cmdAddLinks")), &QAbstractButton::clicked, this,
@@ -240,9 +280,10 @@ void MainWindow::buildGrid()
     expand->setGeometry(twips(165, 2445, 345, 165));
     expand->setText(QStringLiteral("+\\-"));
     expand->setToolTip(QStringLiteral("Expand/Collapse All"));
-    QFont tiny = expand->font();
-    tiny.setPixelSize(9);
-    expand->setFont(tiny);
+    QFont sign = expand->font();
+    sign.setPixelSize(11);
+    sign.setBold(true);
+    expand->setFont(sign);
     connect(expand, &QAbstractButton::clicked, this, &MainWindow::expandCollapseAll);
 
     m_model = new DownloadListModel(&m_core->list(), this);
@@ -288,13 +329,20 @@ void MainWindow::buildGrid()
                          Field::IsResume, Field::ErrorDesc, Field::IsDownloading})
         m_grid->setColumnHidden(int(hidden), true);
 
-    m_grid->setStyleSheet(QStringLiteral(
-        "QTreeView#DownloadGrid { background-color: rgb(189, 189, 189); color: black; "
-        "border: 1px solid rgb(104, 104, 104); selection-background-color: rgb(189, 189, 189); "
-        "selection-color: black; }"
-        "QTreeView#DownloadGrid QHeaderView::section { background-color: rgb(80, 80, 80); "
-        "color: white; border: none; border-right: 1px solid rgb(104, 104, 104); "
-        "padding: 2px 4px; }"));
+    m_grid->setStyleSheet(
+        QStringLiteral(
+            "QTreeView#DownloadGrid { background-color: rgb(189, 189, 189); color: black; "
+            "border: 1px solid rgb(104, 104, 104); selection-background-color: rgb(189, 189, 189); "
+            "selection-color: black; }"
+            "QTreeView#DownloadGrid QHeaderView { background-color: rgb(80, 80, 80); }"
+            "QTreeView#DownloadGrid QHeaderView::section { background-color: rgb(80, 80, 80); "
+            "color: white; border: none; border-right: 1px solid rgb(104, 104, 104); "
+            "padding: 2px 4px; }") +
+        darkScrollBars());
+
+    m_grid->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_grid, &QWidget::customContextMenuRequested, this, &MainWindow::showRowMenu);
+    qApp->installEventFilter(this);
 
     connect(m_gridModel, &QAbstractItemModel::modelReset, this, &MainWindow::formatSiteRows);
     connect(m_core, &AppCore::listRebound, this, &MainWindow::hideMediaFireRow);
@@ -345,7 +393,8 @@ void MainWindow::buildFoot()
     };
     // The design keeps this caption under the grid, where it never shows.
     label("Label3", QStringLiteral("Download Directory:"), twips(255, 5625, 2115, 195))->lower();
-    fitText(label("Label1", QStringLiteral("Download Folder:"), twips(90, 6420, 1320, 195)));
+    QLabel *folderLabel =
+        label("Label1", QStringLiteral("Download Folder:"), twips(90, 6420, 1320, 195));
 
     m_downloadDir = label("txtDownloadDir", m_core->downloadDir(), twips(1410, 6375, 9450, 315));
     m_downloadDir->setStyleSheet(
@@ -375,7 +424,6 @@ void MainWindow::buildFoot()
                                        QStringLiteral("Create sub folder for each site"), this);
     createLabel->setGeometry(twips(345, 6810, 2355, 180));
     createLabel->setStyleSheet(QStringLiteral("color: white;"));
-    fitText(createLabel);
     connect(createLabel, &ClickLabel::clicked, this, &MainWindow::createLabelClicked);
 
     m_shutDown = new QCheckBox(this);
@@ -386,7 +434,7 @@ void MainWindow::buildFoot()
                        QStringLiteral("Shutdown after all downloads complete"), this);
     shutdownLabel->setGeometry(twips(345, 7065, 2790, 210));
     shutdownLabel->setStyleSheet(QStringLiteral("color: white;"));
-    fitText(shutdownLabel);
+    fitTogether({folderLabel, createLabel, shutdownLabel});
     connect(shutdownLabel, &ClickLabel::clicked, m_shutDown, &QCheckBox::toggle);
 
     auto *start = new SkinButton(QStringLiteral("cmdStartDownload"), SkinButton::Glyph::None,
@@ -402,14 +450,12 @@ void MainWindow::buildFoot()
     connect(stop, &SkinButton::clicked, m_core, &AppCore::stopDownloadClicked);
 
     // Each is a split button whose drop-down part opens its site menu.
-    m_startMenu = StartStopMenus::buildStartMenu(m_core, this);
-    m_stopMenu = StartStopMenus::buildStopMenu(m_core, this);
     start->setDropDownWidth(16);
     stop->setDropDownWidth(16);
     connect(start, &SkinButton::dropDownClicked, this,
-            [this, start] { popUpMenu(m_startMenu, start); });
+            [this, start] { popUpMenu(startMenu(), start); });
     connect(stop, &SkinButton::dropDownClicked, this,
-            [this, stop] { popUpMenu(m_stopMenu, stop); });
+            [this, stop] { popUpMenu(stopMenu(), stop); });
 
     QLabel *skipped = label("Label2", QStringLiteral("Complete and Error items will be skipped"),
                             twips(3720, 7230, 2145, 390));
@@ -423,7 +469,11 @@ void MainWindow::popUpMenu(QMenu *menu, QWidget *button)
 {
     // Pending events run first, so that the button has drawn itself up again.
     QCoreApplication::processEvents();
-    // The menu opens at the button's top right corner.
+    // The menu opens at the button's top right corner; when it closes, the
+    // button lets go of its hover colour unless the pointer is on it.
+    if (auto *skin = qobject_cast<SkinButton *>(button))
+        connect(menu, &QMenu::aboutToHide, skin, &SkinButton::refreshHover,
+                Qt::SingleShotConnection);
     menu->popup(mapToGlobal(QPoint(button->x() + button->width(), button->y())));
 }
 
@@ -440,8 +490,8 @@ void MainWindow::browseForDownloadDir()
     if (!ask)
         return;
     for (;;) {
-        const QString dir =
-            ask->browseForFolder(QStringLiteral("Please, Select the download folder."));
+        const QString dir = ask->browseForFolder(
+            QStringLiteral("Please, Select the download folder."), m_core->downloadDir());
         if (dir.isEmpty())
             return;
         if (m_isOpticalDrive && m_isOpticalDrive(dir)) {
@@ -460,16 +510,144 @@ void MainWindow::buildTray()
     m_tray = new QSystemTrayIcon(windowIcon(), this);
     m_tray->setObjectName(QStringLiteral("SystemTray"));
     m_tray->setToolTip(QStringLiteral("Tessalwick"));
+    // A right click opens the tray menu, which writes its captions as it opens.
+    m_tray->setContextMenu(m_menus->trayMenu());
     connect(m_tray, &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
-                if (reason != QSystemTrayIcon::Trigger && reason != QSystemTrayIcon::DoubleClick)
-                    return;
-                showNormal();
-                raise();
-                activateWindow();
+                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+                    showFromTray();
             });
     if (QSystemTrayIcon::isSystemTrayAvailable())
         m_tray->show();
+}
+
+void MainWindow::showFromTray()
+{
+    showNormal();
+    raise();
+    activateWindow();
+}
+
+QMenu *MainWindow::startMenu() const
+{
+    return m_menus->startMenu();
+}
+
+QMenu *MainWindow::stopMenu() const
+{
+    return m_menus->stopMenu();
+}
+
+QMenu *MainWindow::trayMenu() const
+{
+    return m_menus->trayMenu();
+}
+
+int MainWindow::firstVisibleRow() const
+{
+    return m_grid->verticalScrollBar()->value();
+}
+
+void MainWindow::setFirstVisibleRow(int row)
+{
+    m_grid->verticalScrollBar()->setValue(row);
+}
+
+void MainWindow::buildListCommands()
+{
+    using namespace ListCommands;
+    DownloadList &list = m_core->list();
+    const struct
+    {
+        const char *name;
+        std::function<void()> run;
+    } commands[] = {
+        // A failure in a move ends it where it stands, without a word.
+        {"cmdUp", [this, &list] { ignoreFailure([&] { moveUp(list, this); }); }},
+        {"cmdDown", [this, &list] { ignoreFailure([&] { moveDown(list, this); }); }},
+        {"cmdRemoveSelected", [this, &list] { removeSelected(list, prompts(), this); }},
+        {"cmdRedownload", [this, &list] { redownload(list, this); }},
+        {"cmdClearComplete", [&list] { clearComplete(list); }},
+        {"cmdClearError", [&list] { clearError(list); }},
+        {"cmdClearList", [this] { m_core->clearList(); }},
+    };
+    for (const auto &command : commands)
+        connect(findChild<SkinButton *>(QString::fromLatin1(command.name)),
+                &QAbstractButton::clicked, this, command.run);
+}
+
+void MainWindow::showRowMenu(const QPoint &at)
+{
+    const LinkRow *row =
+        DownloadListModel::linkRowOf(m_gridModel->mapToSource(m_grid->indexAt(at)));
+    if (!row)
+        return;
+    const QString link = row->values[int(Field::LinkURL)];
+    const QString folder = row->values[int(Field::LocalFilePath)];
+    const QString file = QDir(folder).filePath(row->values[int(Field::LocalFile)]);
+    const bool complete =
+        row->values[int(Field::Status)] == QLatin1String("Complete") && QFileInfo(file).isFile();
+    Prompts *ask = prompts();
+    QMenu menu(this);
+    menu.setObjectName(QStringLiteral("mnuRow"));
+    QAction *open = menu.addAction(QStringLiteral("Open File"));
+    open->setEnabled(complete && ask);
+    QAction *reveal = menu.addAction(QStringLiteral("Open Containing Folder"));
+    reveal->setEnabled(!folder.isEmpty() && QFileInfo(folder).isDir() && ask);
+    QAction *copy = menu.addAction(QStringLiteral("Copy Link"));
+    copy->setEnabled(ask);
+    const QAction *chosen =
+        m_rowMenuChoice ? m_rowMenuChoice(&menu) : menu.exec(m_grid->viewport()->mapToGlobal(at));
+    if (!chosen || !ask)
+        return;
+    if (chosen == open)
+        ask->openExternal(file);
+    else if (chosen == reveal)
+        ask->openExternal(folder);
+    else if (chosen == copy)
+        ask->copyToClipboard(link);
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    // The wheel over any part of the window scrolls the list one line a
+    // turn while the grid is the active control: towards the end for a
+    // turn towards the user, towards the top otherwise. The event goes on
+    // as it came.
+    if (event->type() == QEvent::Wheel && QApplication::focusWidget() == m_grid) {
+        auto *widget = qobject_cast<QWidget *>(watched);
+        if (widget && widget->window() == this) {
+            const int delta = static_cast<QWheelEvent *>(event)->angleDelta().y();
+            m_grid->verticalScrollBar()->triggerAction(delta < 0
+                                                           ? QAbstractSlider::SliderSingleStepAdd
+                                                           : QAbstractSlider::SliderSingleStepSub);
+            // The grid itself doesn't scroll on the wheel: one line a turn.
+            return watched == m_grid->viewport() || watched == m_grid;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasText() || event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    // Dropped text or links go in as the add button takes the link box's text.
+    const QMimeData *mime = event->mimeData();
+    QStringList words;
+    if (!mime->hasText()) {
+        for (const QUrl &url : mime->urls())
+            words << url.toString();
+    }
+    const QString text = mime->hasText() ? mime->text() : words.join(QStringLiteral("\r\n"));
+    if (text.isEmpty())
+        return;
+    event->acceptProposedAction();
+    m_core->parseLinks(text, false);
 }
 
 bool MainWindow::hideToTrayOrMinimise()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "list/listcommands.h"
+
 #include <QWidget>
 
 #include <functional>
@@ -9,6 +11,8 @@ class ClickLabel;
 class DownloadListModel;
 class GridModel;
 class LinkTextBox;
+class MenuHolder;
+class QAction;
 class QMenu;
 class Prompts;
 class QCheckBox;
@@ -21,7 +25,7 @@ class SkinButton;
 // strip buttons, the big command buttons, the link box, the download grid and
 // the foot with the download folder. It presents an AppCore and forwards the
 // user's clicks to it; what a person is asked goes through the Prompts given.
-class MainWindow : public QWidget
+class MainWindow : public QWidget, public ListCommands::View
 {
     Q_OBJECT
 public:
@@ -32,8 +36,10 @@ public:
     DownloadListModel *model() const { return m_model; }
     // The grid's own model over model(): what the grid's indexes belong to.
     GridModel *gridModel() const { return m_gridModel; }
-    QMenu *startMenu() const { return m_startMenu; }
-    QMenu *stopMenu() const { return m_stopMenu; }
+    QMenu *startMenu() const;
+    QMenu *stopMenu() const;
+    QMenu *trayMenu() const;
+    MenuHolder *menuHolder() const { return m_menus; }
     QTreeView *grid() const { return m_grid; }
     LinkTextBox *linksBox() const { return m_links; }
     QSystemTrayIcon *trayIcon() const { return m_tray; }
@@ -41,6 +47,19 @@ public:
     // Hides the window behind its tray icon where the desktop has a tray, and
     // minimises it otherwise. True when it went to the tray.
     bool hideToTrayOrMinimise();
+    // A click on the tray icon, or its menu's Show: the window comes back
+    // in its normal state.
+    void showFromTray();
+
+    // The grid's scroll position, which the list commands keep.
+    int firstVisibleRow() const override;
+    void setFirstVisibleRow(int row) override;
+
+    // The context menu of a link row at a point of the grid's viewport.
+    // Tests choose from it through `choose` instead of the user.
+    void showRowMenu(const QPoint &at);
+    using MenuChoice = std::function<QAction *(QMenu *)>;
+    void setRowMenuChoice(MenuChoice choose) { m_rowMenuChoice = std::move(choose); }
 
     // The MediaFire site row never shows, while its links exist all the same.
     void hideMediaFireRow();
@@ -61,6 +80,9 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     void buildTitleStrip();
@@ -68,6 +90,7 @@ private:
     void buildGrid();
     void buildFoot();
     void buildTray();
+    void buildListCommands();
     void formatSiteRows();
     void browseForDownloadDir();
     void createLabelClicked();
@@ -78,8 +101,8 @@ private:
     Prompts *m_prompts;
     DownloadListModel *m_model = nullptr;
     GridModel *m_gridModel = nullptr;
-    QMenu *m_startMenu = nullptr;
-    QMenu *m_stopMenu = nullptr;
+    MenuHolder *m_menus = nullptr;
+    MenuChoice m_rowMenuChoice;
     OpticalDriveTest m_isOpticalDrive;
     LinkTextBox *m_links = nullptr;
     QTreeView *m_grid = nullptr;

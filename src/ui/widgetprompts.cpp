@@ -2,9 +2,11 @@
 
 #include "ui/captchadialog.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QSystemTrayIcon>
 #include <QUrl>
@@ -95,10 +97,15 @@ void WidgetPrompts::balloon(int iconKind, const QString &text, const QString &ti
     m_tray->showMessage(title, text, icon, milliseconds);
 }
 
-QString WidgetPrompts::browseForFolder(const QString &title)
+QString WidgetPrompts::browseForFolder(const QString &title, const QString &startFolder)
 {
     QWidget *owner = m_window && m_window->isVisible() ? m_window.data() : nullptr;
-    return QFileDialog::getExistingDirectory(owner, title);
+    return QFileDialog::getExistingDirectory(owner, title, startFolder);
+}
+
+void WidgetPrompts::copyToClipboard(const QString &text)
+{
+    QGuiApplication::clipboard()->setText(text);
 }
 
 bool WidgetPrompts::openExternal(const QString &target)

@@ -24,7 +24,8 @@ public:
                       const QString &title = QStringLiteral("Tessalwick")) override;
     void balloon(int iconKind, const QString &text, const QString &title,
                  int milliseconds) override;
-    QString browseForFolder(const QString &title) override;
+    QString browseForFolder(const QString &title, const QString &startFolder) override;
+    void copyToClipboard(const QString &text) override;
     bool openExternal(const QString &target) override;
     std::optional<QString> askCaptcha(const QString &pictureFile) override;
 

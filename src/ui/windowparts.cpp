@@ -2,6 +2,7 @@
 
 #include "intake/linkextraction.h"
 
+#include <QCursor>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -47,6 +48,12 @@ void SkinButton::leaveEvent(QEvent *event)
     m_hover = false;
     update();
     QAbstractButton::leaveEvent(event);
+}
+
+void SkinButton::refreshHover()
+{
+    m_hover = isVisible() && rect().contains(mapFromGlobal(QCursor::pos()));
+    update();
 }
 
 void SkinButton::setDropDownWidth(int width)
@@ -97,6 +104,12 @@ void SkinButton::paintEvent(QPaintEvent *)
     p.setPen(QPen(face.darker(130), 1));
     p.setBrush(face);
     p.drawRoundedRect(box, radius, radius);
+    if (hasFocus()) {
+        // The focus ring: a dotted line inside the edge, in the window's orange.
+        p.setPen(QPen(QColor(251, 140, 60), 1, Qt::DotLine));
+        p.setBrush(Qt::NoBrush);
+        p.drawRoundedRect(box.adjusted(2, 2, -2, -2), radius, radius);
+    }
 
     QRect captionRect = rect();
     if (m_dropDownWidth > 0) {

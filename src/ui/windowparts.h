@@ -48,6 +48,9 @@ public:
     void setDropDownWidth(int width);
     int dropDownWidth() const { return m_dropDownWidth; }
     QRect dropDownRect() const;
+    // After a pop-up of the button closes: the hover colour stays only while
+    // the pointer is really on the button.
+    void refreshHover();
 
 signals:
     void dropDownClicked();

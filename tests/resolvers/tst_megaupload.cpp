@@ -134,7 +134,8 @@ private slots:
         h.prompts.captchaAnswers << QStringLiteral("x7Q2") << std::nullopt;
         if (helper == "file")
             fake.server().setAnswer(FakeMegaUpload::helperPath("ABCDEFGH"),
-                                    TestServer::Answer::redirect(302, fake.url(QByteArray("/files/ABCDEFGH/movie.avi"))));
+                                    TestServer::Answer::redirect(
+                                        302, fake.url(QByteArray("/files/ABCDEFGH/movie.avi"))));
         else if (helper != "page")
             fake.server().setAnswer(FakeMegaUpload::helperPath("ABCDEFGH"),
                                     helper == "200"     ? ok200

@@ -5,42 +5,54 @@
 #include "sandbox.h"
 #include "system/logicaltimer.h"
 
-#include <QRegularExpression>
-#include <QTimer>
 #include <QtTest>
 
 namespace {
 
 constexpr int kSite = Sites::RapidShare;
 
-QString text(const QByteArray &page)
-{
-    return QString::fromUtf8(page);
-}
-
 // The two requests of the recipe, for the first of the links below, with
 // the pages of the site's own that end a run there.
 QList<FailureMatrix::Step> steps()
 {
     const QString notFound = "Not Found|0|";
-    return {
-        {"page",
-         FakeRapidShare::firstPath("2001", "bad.bin"),
-         StatusText::ConnectionError,
-         true,
-         true,
-         {{"file gone", text(FakeRapidShare::goneFirstPage()), notFound},
-          {"no form", text(FakeRapidShare::noFormPage()), "Connection Error|0|"}}},
-        {"post",
-         FakeRapidShare::postPath("2001", "bad.bin"),
-         StatusText::ConnectionError,
-         true,
-         true,
-         {{"file gone", text(FakeRapidShare::goneErrorPage()),
-           notFound + "The file could not be found, It may be deleted by the owner or expired."},
-          {"not understood", "minutes <h1>Error</h1>", "Error|0|"},
-          {"wait minutes", text(FakeRapidShare::minutesErrorPage("3 ")), "Wait 5 Minutes|300|",
-           false}}}};
+    return {{.name = "page",
+             .path = FakeRapidShare::firstPath("21", "x.bin"),
+             .pages = {{"file gone", FakeRapidShare::goneFirstPage(), notFound},
+                       {"no form", FakeRapidShare::noFormPage(), "Connection Error|0|"}}},
+            {.name = "post",
+             .path = FakeRapidShare::postPath("21", "x.bin"),
+             .pages = {{"file gone", FakeRapidShare::goneErrorPage(),
+                        notFound + "The file could not be found, It may be deleted by the owner "
+                                   "or expired."},
+                       {"not understood", "minutes <h1>Error</h1>", "Error|0|"},
+                       {"wait minutes", FakeRapidShare::minutesErrorPage("3 "),
+                        "Wait 5 Minutes|300|", false}}}};
+}
+
+// What the recipe reads from a page: the link's own page where `link` is
+// null ("form|<action>", "gone|", "no form|" or "throws"), else the answer to
+// the post for that link. A made-up name's number reads "#", and the usual
+// end of a resolved row, the folder "/dl" and a wait of N seconds, "wait N".
+QString reading(const QString &page, const QString &link)
+{
+    if (link.isNull()) {
+        try {
+            const auto first = RapidShareRecipe::readFirstPage(page);
+            return QStringList{"gone", "no form", "form"}.at(int(first.kind)) + u'|' +
+                   first.formAddress;
+        } catch (const RuntimeFailure &) {
+            return QStringLiteral("throws");
+        }
+    }
+    static const QRegularExpression madeUp(QStringLiteral("^LocalFile=Rapid [0-9]{1,4};"));
+    static const QRegularExpression wait(
+        QStringLiteral("LocalFilePath=/dl; Status=Waiting; Status=Wait (\\d+) Seconds; "
+                       "WaitTimeInSec=\\1; ready => countdown 1000$"));
+    return RapidShareRecipe::readDownloadPage(page, link, "/dl")
+        .toString()
+        .replace(madeUp, QStringLiteral("LocalFile=Rapid #;"))
+        .replace(wait, QStringLiteral("wait \\1"));
 }
 
 } // namespace
@@ -55,166 +67,64 @@ private slots:
     // (the site's and the transfer's silence timer) far away.
     void init() { RecipeHarness::setPeriods(5, 20000); }
 
-    // ---- Reading the pages ----
-
-    void firstPage_data()
-    {
-        using Kind = RapidShareRecipe::FirstPage::Kind;
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<int>("kind"); // -1: a run-time failure
-        QTest::addColumn<QString>("address");
-
-        const QString a = QStringLiteral("http://127.0.0.1:9/post/1/a");
-        QTest::newRow("site's page")
-            << text(FakeRapidShare::filePage(a, "a")) << int(Kind::Form) << a;
-        QTest::newRow("any case") << "<FORM ID=\"FF\" ACTION=\"http://h/p\" METHOD=\"POST\">"
-                                  << int(Kind::Form) << "http://h/p";
-        QTest::newRow("gone, two blanks")
-            << text(FakeRapidShare::goneFirstPage()) + "<form id=\"ff\" action=\"x\" method=\"p\">"
-            << int(Kind::FileGone) << "";
-        QTest::newRow("one blank is no gone file")
-            << "<p>The file could not be found. Please check the download link.</p>"
-               "<form id=\"ff\" action=\"http://h/p\" method=\"post\">"
-            << int(Kind::Form) << "http://h/p";
-        QTest::newRow("no form") << text(FakeRapidShare::noFormPage()) << int(Kind::NoForm) << "";
-        QTest::newRow("other form")
-            << "<form id=\"gg\" action=\"x\" method=\"post\">" << int(Kind::NoForm) << "";
-        QTest::newRow("no action") << "<form id=\"ff\" method=\"post\">" << int(Kind::NoForm) << "";
-        QTest::newRow("no method")
-            << "<form id=\"ff\" action=\"http://h/p\">" << int(Kind::NoForm) << "";
-        QTest::newRow("action before the form")
-            << "action=\"x\" <form id=\"ff\" method=\"post\">" << int(Kind::NoForm) << "";
-        QTest::newRow("no blank before method loses a character")
-            << "<form id=\"ff\" action=\"http://h/p\"method=\"post\">" << int(Kind::Form)
-            << "http://h/";
-        QTest::newRow("two blanks keep the quote")
-            << "<form id=\"ff\" action=\"http://h/p\"  method=\"post\">" << int(Kind::Form)
-            << "http://h/p\"";
-        QTest::newRow("empty action glued to method fails")
-            << "<form id=\"ff\" action=\"\"method=\"post\">" << -1 << "";
-    }
-
-    void firstPage()
-    {
-        QFETCH(QString, page);
-        QFETCH(int, kind);
-        QFETCH(QString, address);
-        if (kind < 0) {
-            QVERIFY_THROWS_EXCEPTION(RuntimeFailure, RapidShareRecipe::readFirstPage(page));
-            return;
-        }
-        const auto first = RapidShareRecipe::readFirstPage(page);
-        QCOMPARE(int(first.kind), kind);
-        QCOMPARE(first.formAddress, address);
-    }
-
-    void downloadPage_data()
+    // The link's page, then the answer to the post. The site's pages that end
+    // a run (gone, no form, minutes, an error not understood) are the failure
+    // rows below, end to end; its usual pages are read in the links' run.
+    void pages_data()
     {
         QTest::addColumn<QString>("page");
         QTest::addColumn<QString>("link");
-        QTest::addColumn<QString>("reading");
-        const QString link = QStringLiteral("http://rs.test/files/77/report.pdf.html");
-        auto row = [&](const char *name, const QString &page, const char *reading,
-                       const QString &rowLink = QString()) {
-            QTest::newRow(name) << page << (rowLink.isNull() ? link : rowLink) << QString(reading);
+        QTest::addColumn<QString>("result");
+        auto row = [](const char *name, const QString &page, const char *result,
+                      const QString &link = "http://rs.test/files/77/report.pdf.html") {
+            QTest::newRow(name) << page << link << QString(result);
         };
-        // The folder is "/dl" throughout; the wait and "ready" end every
-        // resolved reading.
-        const QString dl = QStringLiteral("http://rs.test/file/77/report.pdf");
-        row("site's page", text(FakeRapidShare::downloadPage(dl, 3, "123", "report.pdf")),
-            "DirectURL=http://rs.test/file/77/report.pdf; LocalFile=report.pdf; FileSize=?; "
-            "FileSize=123 KB; LocalFilePath=/dl; Status=Waiting; Status=Wait 3 Seconds; "
-            "WaitTimeInSec=3; ready => countdown 1000");
+        auto first = [&](const char *name, const QString &page, const char *result) {
+            row(name, page, result, QString());
+        };
+        const QString ff = "<form id=\"ff\" action=\"http://h/p\" method=\"post\">";
+        first("any case", "<FORM ID=\"FF\" ACTION=\"http://h/p\" METHOD=\"POST\">",
+              "form|http://h/p");
+        first("gone, two blanks", FakeRapidShare::goneFirstPage() + ff, "gone|");
+        first("one blank is no gone file",
+              "The file could not be found. Please check the download link." + ff,
+              "form|http://h/p");
+        first("other form", "<form id=\"gg\" action=\"x\" method=\"post\">", "no form|");
+        first("no action", "<form id=\"ff\" method=\"post\">", "no form|");
+        first("no method", "<form id=\"ff\" action=\"http://h/p\">", "no form|");
+        first("action before the form", "action=\"x\" <form id=\"ff\" method=\"post\">",
+              "no form|");
+        first("no blank before method loses a character",
+              "<form id=\"ff\" action=\"http://h/p\"method=\"post\">", "form|http://h/");
+        first("empty action glued to method fails", "<form id=\"ff\" action=\"\"method=\"post\">",
+              "throws");
+
         row("no wait, any case in the markers",
             "<FORM NAME=\"DLF\" ACTION=\"http://h/F\">>|1.5 kb<",
-            "DirectURL=http://h/F; LocalFile=report.pdf; FileSize=?; FileSize=1.5 KB; "
-            "LocalFilePath=/dl; Status=Waiting; Status=Wait 0 Seconds; WaitTimeInSec=0; ready "
-            "=> countdown 1000");
+            "DirectURL=http://h/F; LocalFile=report.pdf; FileSize=?; FileSize=1.5 KB; wait 0");
         row("no form, no closing quote, size no number",
             "var c=12;<form name=\"dlf\" action=\"http://h/f >|abc KB<",
-            "LocalFile=report.pdf; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 12 "
-            "Seconds; WaitTimeInSec=12; ready => countdown 1000");
+            "LocalFile=report.pdf; FileSize=?; wait 12");
         row("size too large for 32 bits fails with what was read", ">|3000000 KB<",
             "LocalFile=report.pdf; FileSize=?; Status=Error; WaitTimeInSec=0 => next link");
-        row("gone", text(FakeRapidShare::goneErrorPage()),
-            "Status=Not Found; WaitTimeInSec=0; ErrorDesc=The file could not be found, It may be "
-            "deleted by the owner or expired. => next link");
-        row("minutes after a blank: always 5", text(FakeRapidShare::minutesErrorPage("3 ")),
-            "Status=Wait 5 Minutes; WaitTimeInSec=300 => countdown 60000");
-        row("number glued to minutes", text(FakeRapidShare::minutesErrorPage("12")),
+        row("number glued to minutes", FakeRapidShare::minutesErrorPage("12"),
             "Status=Wait  12 Minutes; WaitTimeInSec=720 => countdown 60000");
-        row("word glued to minutes", "<h1>Error</h1> wait xminutes",
-            "Status=Wait 5 Minutes; WaitTimeInSec=300 => countdown 60000");
         row("minutes without a blank before reads on", "<h1>Error</h1>5minutes var c=2;",
-            "LocalFile=report.pdf; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 2 "
-            "Seconds; WaitTimeInSec=2; ready => countdown 1000");
-        row("minutes at the very start fails", "minutes <h1>Error</h1>",
-            "Status=Error; WaitTimeInSec=0 => next link");
-        row("link ending in a slash", "var c=1;",
-            "LocalFile=; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 1 Seconds; "
-            "WaitTimeInSec=1; ready => countdown 1000",
+            "LocalFile=report.pdf; FileSize=?; wait 2");
+        row("link ending in a slash", "var c=1;", "LocalFile=; FileSize=?; wait 1",
             "http://rs.test/files/77/");
         row(".html taken out in any case, name cleaned", "var c=1;",
-            "LocalFile=a b.c.zip; FileSize=?; LocalFilePath=/dl; Status=Waiting; Status=Wait 1 "
-            "Seconds; WaitTimeInSec=1; ready => countdown 1000",
-            "http://rs.test/x/a:*.HTML b.c?.html.zip");
+            "LocalFile=a b.c.zip; FileSize=?; wait 1", "http://rs.test/x/a:*.HTML b.c?.html.zip");
+        row("no slash: a made-up name", "var c=1;", "LocalFile=Rapid #; FileSize=?; wait 1",
+            "nolinkslash");
     }
 
-    void downloadPage()
+    void pages()
     {
         QFETCH(QString, page);
         QFETCH(QString, link);
-        QFETCH(QString, reading);
-        QCOMPARE(RapidShareRecipe::readDownloadPage(page, link, "/dl").toString(), reading);
-    }
-
-    void randomName()
-    {
-        QSet<QString> names;
-        static const QRegularExpression form(QStringLiteral("^LocalFile=Rapid ([0-9]{1,4});"));
-        for (int i = 0; i < 20; ++i) {
-            const QString reading =
-                RapidShareRecipe::readDownloadPage("var c=1;", "nolinkslash", "/dl").toString();
-            const auto match = form.match(reading);
-            QVERIFY2(match.hasMatch(), qPrintable(reading));
-            names.insert(match.captured(1));
-        }
-        QVERIFY(names.size() > 1);
-    }
-
-    // ---- Links through the queue, the countdown and the transfer ----
-
-    void linkToComplete()
-    {
-        FakeRapidShare site;
-        const QByteArray first(3000, 'a');
-        RecipeHarness h({kSite});
-        h.createSubDir = 1;
-        h.add(kSite, site.addFile("1001", "report.pdf", first, 2));
-        h.add(kSite, site.addFile("1002", "notes.txt", "second file", 1));
-
-        h.queues->startDownloadLinks(kSite, true);
-        QTRY_COMPARE(h.statuses(kSite), (QStringList{"Complete", "Complete"}));
-        const QString dir = h.folder() + QStringLiteral("/RapidShare Files");
-        QCOMPARE(h.fields(kSite, 0,
-                          {Field::LocalFilePath, Field::LocalFile, Field::DirectURL,
-                           Field::FileSize, Field::IsDownloading}),
-                 dir + "|report.pdf|" + site.url(FakeRapidShare::filePath("1001", "report.pdf")) +
-                     "|2.93 KB|0");
-        QCOMPARE(h.fileIn("RapidShare Files/report.pdf"), first);
-        QCOMPARE(h.fileIn("RapidShare Files/notes.txt"), QByteArray("second file"));
-        QCOMPARE(h.history(kSite, 0),
-                 (QStringList{"Waiting", "Starting...", "Waiting", "Wait 2 Seconds",
-                              "Wait 1 Seconds", "Connecting...", "Complete"}));
-
-        // Page, post, file for each link; the post carries the session cookie
-        // of the link's page, which the fake site asks for.
-        QCOMPARE(site.requestLines(),
-                 (QStringList{"GET /files/1001/report.pdf.html", "POST /post/1001/report.pdf",
-                              "GET /file/1001/report.pdf", "GET /files/1002/notes.txt.html",
-                              "POST /post/1002/notes.txt", "GET /file/1002/notes.txt"}));
-        const TestServer::Request post = site.server().requests().at(1);
-        QCOMPARE(post.body + '|' + post.header("Content-length"), QByteArray("dl.start=Free|13"));
+        QFETCH(QString, result);
+        QCOMPARE(reading(page, link), result);
     }
 
     // The frame's failures at each request, and the site's own pages.
@@ -222,50 +132,67 @@ private slots:
     void failures()
     {
         FakeRapidShare fake;
-        FailureMatrix::run(
-            kSite, steps(), fake,
-            {fake.addFile("2001", "bad.bin", "never"), fake.addFile("2002", "good.bin", "good")});
+        FailureMatrix::run(kSite, steps(), fake,
+                           {fake.addFile("21", "x.bin", "x"), fake.addFile("22", "y.bin", "y")});
     }
 
-    // What the pages themselves can say.
-    void longWaitFetchesAgainUntilALinkWasReady()
+    // Three links. The first meets a wait of minutes while no link of the
+    // site has been ready: the countdown runs a minute per tick (the test
+    // ticks it) and the link is then fetched again. The second meets one after
+    // a link was ready: it goes straight to the transfer with the address it
+    // has, here none, and ends there. The third runs plainly.
+    // The recipe also stands in for a second site, whose link runs while the
+    // first site waits for its first page: its page and post come inside that
+    // wait, and its readiness is its own.
+    void linksThroughTheQueue()
     {
-        // The site asks for minutes; the countdown runs a minute per tick (the
-        // test ticks it) and then the link is fetched again, as no link was
-        // ready before.
+        const int other = Sites::FourShared;
         FakeRapidShare site;
         RecipeHarness h({kSite});
-        h.add(kSite, site.addFile("5001", "later.bin", "at last"));
-        h.add(kSite, site.addFile("5002", "third.bin", "third"));
-        h.add(kSite, site.addFile("5003", "fourth.bin", "fourth"));
-        const QByteArray post = FakeRapidShare::postPath("5001", "later.bin");
-        const QString direct = site.url(FakeRapidShare::filePath("5001", "later.bin"));
+        h.queues->setRecipe(other, std::make_unique<RapidShareRecipe>());
+        h.add(kSite, site.addFile("51", "a.bin", "at last"));
+        h.add(kSite, site.addFile("52", "b.bin", "never"));
+        h.add(kSite, site.addFile("53", "c.bin", "third"));
+        h.add(other, site.addFile("80", "d.bin", "other"));
+        const QString direct = site.url(FakeRapidShare::filePath("51", "a.bin"));
+        const QByteArray post = FakeRapidShare::postPath("51", "a.bin");
+        const auto page = FakeSite::html(FakeRapidShare::filePage(site.url(post), "a.bin"));
+        site.server().setAnswers(FakeRapidShare::firstPath("51", "a.bin"),
+                                 {TestServer::Answer(page).delayFirst(400), page});
+        const auto minutes = FakeSite::html(FakeRapidShare::minutesErrorPage("3 "));
         site.server().setAnswers(
-            post,
-            {FakeSite::html(text(FakeRapidShare::minutesErrorPage("3 "))),
-             FakeSite::html(text(FakeRapidShare::downloadPage(direct, 1, "1", "later.bin")))});
-        // Once the link has been ready, a row whose minutes run out goes
-        // straight to the transfer with the address it has; here none, so it
-        // ends there.
-        site.page(FakeRapidShare::postPath("5002", "third.bin"),
-                  text(FakeRapidShare::minutesErrorPage("3 ")));
+            post, {minutes, FakeSite::html(FakeRapidShare::downloadPage(direct, 1, "1", "a.bin"))});
+        site.server().setAnswer(FakeRapidShare::postPath("52", "b.bin"), minutes);
+        QTimer::singleShot(50, [&] { h.queues->startDownloadLinks(other, true); });
 
-        LogicalTimer *timer = h.queues->siteTimer(kSite);
-        auto minutesPass = [&](int row) {
+        h.queues->startDownloadLinks(kSite, true);
+        for (int row : {0, 1}) {
             QTRY_COMPARE(h.at(kSite, row), QStringLiteral("Wait 5 Minutes"));
             for (int tick = 0; tick < 5; ++tick)
-                emit timer->timeout();
-        };
-        h.queues->startDownloadLinks(kSite, true);
-        minutesPass(0);
-        minutesPass(1);
-        QTRY_COMPARE(h.statuses(kSite), (QStringList{"Complete", "Error", "Complete"}));
-        QCOMPARE(h.history(kSite, 0).mid(1, 10),
-                 (QStringList{"Starting...", "Wait 5 Minutes", "Wait 4 Minutes", "Wait 3 Minutes",
-                              "Wait 2 Minutes", "Wait 1 Minutes", "Waiting", "Wait 1 Seconds",
-                              "Connecting...", "Complete"}));
-        QCOMPARE(h.fileIn("later.bin"), QByteArray("at last"));
-        QCOMPARE(site.requestLines().filter("GET /files/500").size(), 4);
+                emit h.queues->siteTimer(kSite)->timeout();
+        }
+        QTRY_COMPARE(h.overview(), "1:Complete,Error,Complete 4:Complete");
+        QCOMPARE(h.history(kSite, 0),
+                 (QStringList{"Waiting", "Starting...", "Wait 5 Minutes", "Wait 4 Minutes",
+                              "Wait 3 Minutes", "Wait 2 Minutes", "Wait 1 Minutes", "Waiting",
+                              "Wait 1 Seconds", "Connecting...", "Complete"}));
+        QCOMPARE(h.fields(kSite, 0,
+                          {Field::LocalFilePath, Field::LocalFile, Field::DirectURL,
+                           Field::FileSize, Field::IsDownloading}),
+                 h.folder() + "|a.bin|" + direct + "|7 Bytes|0");
+        QCOMPARE(h.fileIn("a.bin") + '|' + h.fileIn("c.bin") + '|' + h.fileIn("d.bin"),
+                 "at last|third|other");
+        // Page, post, file for each link; the post carries the session cookie
+        // of the link's page, which the fake site asks for.
+        const QStringList lines = site.requestLines();
+        QCOMPARE(lines.mid(0, 3), (QStringList{"GET /files/51/a.bin.html",
+                                               "GET /files/80/d.bin.html", "POST /post/80/d.bin"}));
+        QCOMPARE(lines.filter("/5"), (QStringList{"GET /files/51/a.bin.html", "POST /post/51/a.bin",
+                                                  "GET /files/51/a.bin.html", "POST /post/51/a.bin",
+                                                  "GET /file/51/a.bin", "GET /files/52/b.bin.html",
+                                                  "POST /post/52/b.bin", "GET /files/53/c.bin.html",
+                                                  "POST /post/53/c.bin", "GET /file/53/c.bin"}));
+        QCOMPARE(site.server().requests().at(2).body, QByteArray("dl.start=Free"));
     }
 
     void failureInFirstStepReachesCaller()
@@ -278,40 +205,6 @@ private slots:
                   "<form id=\"ff\" action=\"\"method=\"post\">");
         QVERIFY_THROWS_EXCEPTION(RuntimeFailure, h.queues->startDownloadLinks(kSite, true));
         QCOMPARE(h.statuses(kSite), (QStringList{"Starting...", "Waiting"}));
-    }
-
-    void twoSitesPollAtOnce()
-    {
-        // The RapidShare recipe also stands in for a second site. The second
-        // site's whole run happens inside the first one's wait for its page.
-        const int other = Sites::FourShared;
-        FakeRapidShare site;
-        RecipeHarness h({kSite});
-        h.queues->setRecipe(other, std::make_unique<RapidShareRecipe>());
-        h.add(kSite, site.addFile("8001", "one.bin", "one"));
-        h.add(other, site.addFile("8002", "two.bin", "two"));
-        site.server().setAnswer(
-            FakeRapidShare::firstPath("8001", "one.bin"),
-            FakeSite::html(text(FakeRapidShare::filePage(
-                               site.url(FakeRapidShare::postPath("8001", "one.bin")), "one.bin")),
-                           "enc=8001")
-                .delayFirst(400));
-        QTimer::singleShot(50, [&] { h.queues->startDownloadLinks(other, true); });
-
-        h.queues->startDownloadLinks(kSite, true);
-        QTRY_COMPARE(h.at(kSite, 0), QStringLiteral("Complete"));
-        QTRY_COMPARE(h.at(other, 0), QStringLiteral("Complete"));
-        QCOMPARE(h.fileIn("one.bin"), QByteArray("one"));
-        QCOMPARE(h.fileIn("two.bin"), QByteArray("two"));
-
-        // The second site's page and post came while the first waited.
-        QStringList order;
-        for (const auto &r : site.server().requests())
-            order << QString::fromLatin1(r.method + ' ' + r.pathOnly());
-        QCOMPARE(order.mid(0, 3),
-                 (QStringList{"GET /files/8001/one.bin.html", "GET /files/8002/two.bin.html",
-                              "POST /post/8002/two.bin"}));
-        QVERIFY(order.indexOf("POST /post/8001/one.bin") > 2);
     }
 
 private:

@@ -44,11 +44,12 @@ public:
     {
         balloons.append({kind, text, title, ms});
     }
-    QString browseForFolder(const QString &title) override
+    QString browseForFolder(const QString &title, const QString &startFolder) override
     {
-        folderTitles.append(title);
+        folderTitles.append(title + " at " + startFolder);
         return folderAnswer;
     }
+    void copyToClipboard(const QString &text) override { copied.append(text); }
     bool openExternal(const QString &target) override
     {
         opened.append(target);
@@ -66,6 +67,7 @@ public:
         balloons.clear();
         folderTitles.clear();
         opened.clear();
+        copied.clear();
         captchas.clear();
     }
 
@@ -73,6 +75,7 @@ public:
     QList<Balloon> balloons;
     QStringList folderTitles;
     QStringList opened;
+    QStringList copied;
     QStringList captchas; // the picture file of each captcha question
     // Answers to the captcha questions; none left: closed without the button.
     QQueue<std::optional<QString>> captchaAnswers;
