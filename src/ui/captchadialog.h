@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QDialog>
+#include "ui/skindialog.h"
 
 #include <optional>
 
@@ -14,7 +14,7 @@ class SkinButton;
 // answer). Proceed hands over the box's text, even an empty one; Enter in the
 // box does the same, but only when the box holds something. Closing in any
 // other way gives no answer.
-class CaptchaDialog : public QDialog
+class CaptchaDialog : public SkinDialog
 {
     Q_OBJECT
 public:
@@ -27,10 +27,7 @@ public:
     static std::optional<QString> ask(const QString &pictureFile, QWidget *parent);
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
     void showEvent(QShowEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
-    void mouseMoveEvent(QMouseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -40,5 +37,4 @@ private:
     QLabel *m_picture = nullptr;
     QLineEdit *m_text = nullptr;
     std::optional<QString> m_answer;
-    QPoint m_dragFrom;
 };

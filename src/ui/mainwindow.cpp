@@ -11,6 +11,7 @@
 #include "ui/gridmodel.h"
 #include "ui/gridview.h"
 #include "ui/menuholder.h"
+#include "ui/optionsdialog.h"
 #include "ui/windowparts.h"
 
 #include <QApplication>
@@ -27,6 +28,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QProcess>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSignalBlocker>
@@ -254,9 +256,10 @@ void MainWindow::buildButtonRow()
         button->setToolTip(QString::fromLatin1(def.tip));
     }
 
-    // Options and Update come with a later version of the window.
-    for (const char *later : {"lblOptions", "lblUpdate"})
-        findChild<SkinButton *>(QString::fromLatin1(later))->setEnabled(false);
+    // Update comes with a later version of the window.
+    findChild<SkinButton *>(QStringLiteral("lblUpdate"))->setEnabled(false);
+    connect(findChild<SkinButton *>(QStringLiteral("lblOptions")), &QAbstractButton::clicked, this,
+            &MainWindow::showOptions);
 
     m_links = new LinkTextBox(QStringLiteral("txtLinks"), this);
     m_links->setGeometry(twips(30, 1215, 11115, 735));
@@ -519,6 +522,23 @@ void MainWindow::buildTray()
             });
     if (QSystemTrayIcon::isSystemTrayAvailable())
         m_tray->show();
+}
+
+void MainWindow::showOptions()
+{
+    // Settings that don't convert keep the dialog shut, as they kept the
+    // start-up from reading them.
+    ignoreFailure([this] {
+        OptionsDialog dialog(
+            m_core,
+            [](const QString &program, const QStringList &arguments) {
+                QProcess::startDetached(program, arguments, QDir::rootPath());
+            },
+            this);
+        // Modal over this window only: timers and transfers go on behind it.
+        dialog.setWindowModality(Qt::WindowModal);
+        dialog.exec();
+    });
 }
 
 void MainWindow::showFromTray()

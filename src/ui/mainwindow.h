@@ -50,6 +50,8 @@ public:
     // A click on the tray icon, or its menu's Show: the window comes back
     // in its normal state.
     void showFromTray();
+    // The Options dialog, modal over this window.
+    void showOptions();
 
     // The grid's scroll position, which the list commands keep.
     int firstVisibleRow() const override;

@@ -1,0 +1,102 @@
+// tessalwick-send against the real program: plain and browser-tab messages,
+// the capture prefix in any case, DoNothing and StartAfterCatch, standard
+// input, and the calls that fail.
+#include "app/cregister.h"
+#include "fakerapidshare.h"
+#include "programrun.h"
+#include "sandbox.h"
+
+#include <QtTest>
+
+class TestSend : public QObject
+{
+    Q_OBJECT
+    QString m_send = qEnvironmentVariable("TESSALWICK_SEND");
+
+    // Runs tessalwick-send; the wait pumps events, as the instance may fetch
+    // from this process's fake site before it answers.
+    int send(const QStringList &args, const QByteArray &input = {}, QByteArray *said = nullptr)
+    {
+        QProcess sender;
+        sender.start(m_send, args);
+        sender.write(input);
+        sender.closeWriteChannel();
+        if (!QTest::qWaitFor([&] { return sender.state() == QProcess::NotRunning; }, 30000))
+            return -1;
+        if (said)
+            *said = sender.readAllStandardError();
+        return sender.exitStatus() == QProcess::NormalExit ? sender.exitCode() : -2;
+    }
+    QStringList links(const ProgramRun &program)
+    {
+        const QStringList lines = QString::fromUtf8(program.listFile()).split("\r\n");
+        QStringList rows;
+        for (int i = 0; i + 5 < lines.size(); i += 6)
+            rows << lines[i] + '|' + lines[i + 1] + '|' + lines[i + 3];
+        return rows;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        if (m_send.isEmpty() || !QFile::exists(m_send))
+            QSKIP("TESSALWICK_SEND does not name the built tessalwick-send");
+    }
+
+    // DoNothing set, StartAfterCatch clear: prefixed messages go, in any
+    // case of the prefix; the rest is taken as pasted, standard input
+    // included, and nothing starts.
+    void droppedAndTaken()
+    {
+        Sandbox sandbox;
+        ProgramRun program(sandbox, QString());
+        if (!program.available())
+            QSKIP("TESSALWICK_EXE does not name the built program");
+        QByteArray said;
+        QCOMPARE(send({"http://rapidshare.com/files/1/a.zip"}, {}, &said), 1);
+        QCOMPARE(said, "tessalwick-send: Tessalwick is not running; start it first.\n");
+        QVERIFY(program.start());
+        const QList<int> codes{
+            send({"http://rapidshare.com/files/1/a.zip"}),
+            send({"--tab", "http://hotfile.com/dl/2/b.rar"}),
+            send({":keldovarpine:http://hotfile.com/dl/3/c.rar"}),
+            send({":KELDOVARPINE:"}),
+            send({"abc"}),
+            send({}, "http://hotfile.com/dl/4/d.rar\nhttp://hotfile.com/dl/5/e.rar\n"),
+            send({"--bad"}),
+            send({}, " \n"),
+        };
+        QCOMPARE(codes, (QList<int>{0, 0, 0, 0, 0, 0, 2, 2}));
+        QVERIFY(program.terminate());
+        QCOMPARE(links(program), (QStringList{"1|http://rapidshare.com/files/1/a.zip|Waiting",
+                                              "7|http://hotfile.com/dl/4/d.rar|Waiting",
+                                              "7|http://hotfile.com/dl/5/e.rar|Waiting"}));
+        const QStringList balloons = QString(program.log()).split('\n').filter("balloon");
+        QCOMPARE(balloons, (QStringList{"balloon: [Tessalwick] 1 Link Added",
+                                        "balloon: [Tessalwick] 2 Links Added"}));
+    }
+
+    // DoNothing clear, StartAfterCatch set: a browser tab's link is taken
+    // and every message starts all downloads, one that adds nothing too.
+    void takenAndStarted()
+    {
+        Sandbox sandbox;
+        FakeRapidShare site;
+        ProgramRun program(sandbox, "rapidshare=" + site.hostPort());
+        if (!program.available())
+            QSKIP("TESSALWICK_EXE does not name the built program");
+        Settings::save("DoNothing", "0");
+        Settings::save("StartAfterCatch", "1");
+        Settings::save("DownDir", sandbox.path("downloads"));
+        const QString link = site.addFile("7", "seven.zip", "the file");
+        QVERIFY(program.start());
+        QCOMPARE(send({"--tab", link}), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(sandbox.path("downloads/seven.zip")), 20000);
+        QCOMPARE(send({":KELDOVARPINE:"}), 0); // nothing to add, silence
+        QVERIFY(program.terminate());
+        QCOMPARE(links(program), QStringList{"1|" + link + "|Complete"});
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSend)
+#include "tst_send.moc"
