@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the build needs (only what is missing), then configures and
-# builds into build/. A second run installs nothing and rebuilds only what changed.
+# builds into build/: everything, or only the targets named (setup.sh tessalwick).
+# A second run installs nothing and rebuilds only what changed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -24,4 +25,8 @@ if [ ! -f build/build.ninja ]; then
   cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DTESSALWICK_WERROR="${TESSALWICK_WERROR:-OFF}"
 fi
-cmake --build build
+if [ $# -gt 0 ]; then
+  cmake --build build --target "$@"
+else
+  cmake --build build
+fi

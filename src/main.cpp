@@ -1,5 +1,6 @@
 #include "app/appcore.h"
 #include "app/consoleprompts.h"
+#include "app/power.h"
 #include "app/startup.h"
 #include "app/termination.h"
 #include "system/logicaltimer.h"
@@ -27,6 +28,8 @@ int main(int argc, char *argv[])
 
     LogicalTimer::applyOverrides(qEnvironmentVariable("TESSALWICK_TIMER_PERIODS"));
     AppCore core(prompts);
+    LogindPower power;
+    core.setPower(&power);
     // A log-out or a termination request never loses the list. Watched from
     // the start, so a request during start-up is served once the loop runs.
     TerminationWatcher termination;

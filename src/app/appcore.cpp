@@ -1,6 +1,7 @@
 #include "app/appcore.h"
 
 #include "app/cregister.h"
+#include "app/power.h"
 #include "intake/linkextraction.h"
 #include "list/linklistfile.h"
 #include "prompts/prompts.h"
@@ -32,6 +33,7 @@ AppCore::AppCore(Prompts *prompts, QObject *parent)
             m_queues.setRecipe(site.number, site.makeRecipe());
     }
     connect(&m_queues, &SiteQueues::queueRanOut, this, &AppCore::queueRanOut);
+    connect(&m_queues, &SiteQueues::queueRanOut, this, &AppCore::checkShutdown);
 }
 
 AppCore::~AppCore() = default;
@@ -186,6 +188,17 @@ bool AppCore::requestClose()
     saveLinkList();
     emit quitRequested();
     return true;
+}
+
+void AppCore::checkShutdown()
+{
+    const bool running = isAnyDownloading();
+    if (!m_shutDown || !running)
+        return;
+    saveLinkList();
+    if (m_power)
+        m_power->shutdownWindows(Power::PowerOff);
+    emit quitRequested();
 }
 
 void AppCore::saveBeforeForcedEnd()

@@ -8,6 +8,7 @@
 
 #include <functional>
 
+class Power;
 class Prompts;
 
 // The program's state and its commands, apart from any widget: the list, the
@@ -71,6 +72,17 @@ public:
     bool saveLinkList();
     void loadLinkList();
 
+    // "Shutdown after all downloads complete": no setting, clear at each start.
+    bool shutDown() const { return m_shutDown; }
+    void setShutDown(bool on) { m_shutDown = on; }
+    // What powers the machine off; none by default, so nothing can.
+    void setPower(Power *power) { m_power = power; }
+    // Where a site's queue runs out: with the box ticked and a row of any
+    // site still in progress, the list is saved, the machine powers off and
+    // the program ends. The last transfer of all never powers off, since no
+    // row is in progress any more when its queue runs out.
+    void checkShutdown();
+
     // The list bar's "Clear": refused while anything downloads, asked about,
     // then every queue stops and the list starts anew, empty.
     void clearList();
@@ -103,6 +115,8 @@ private:
     int m_createSubDir = 0;
     bool m_startAfterCatch = false;
     bool m_doNothing = true;
+    bool m_shutDown = false;
+    Power *m_power = nullptr;
     QString m_captureText;
     QString m_linkListPath;
 };

@@ -1,5 +1,6 @@
 #include "ui/mainwindow.h"
 
+#include "app/about.h"
 #include "app/appcore.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlistmodel.h"
@@ -7,6 +8,7 @@
 #include "list/sitetable.h"
 #include "prompts/prompts.h"
 #include "system/failure.h"
+#include "ui/aboutdialog.h"
 #include "ui/griddelegate.h"
 #include "ui/gridmodel.h"
 #include "ui/gridview.h"
@@ -197,9 +199,19 @@ void MainWindow::buildTitleStrip()
         button->setToolTip(QString::fromLatin1(def.tip));
         button->setFocusPolicy(Qt::NoFocus);
     }
-    // Help and About come with a later version of the window.
-    for (const char *later : {"cmdHelp", "cmdAbout"})
-        findChild<SkinButton *>(QString::fromLatin1(later))->setEnabled(false);
+    connect(findChild<SkinButton *>(QStringLiteral("cmdAbout")), &QAbstractButton::clicked, this,
+            [this] {
+                AboutDialog about(prompts(), this);
+                about.setWindowModality(Qt::WindowModal);
+                about.exec();
+            });
+    // The user guide opens in the browser; without one nothing shows.
+    connect(findChild<SkinButton *>(QStringLiteral("cmdHelp")), &QAbstractButton::clicked, this,
+            [this] {
+                const QString guide = About::helpFile();
+                if (!guide.isEmpty() && prompts())
+                    prompts()->openExternal(guide);
+            });
     connect(findChild<SkinButton *>(QStringLiteral("cmdTray")), &QAbstractButton::clicked, this,
             &MainWindow::hideToTrayOrMinimise);
     connect(findChild<SkinButton *>(QStringLiteral("cmdMinimize")), &QAbstractButton::clicked, this,
@@ -256,8 +268,12 @@ void MainWindow::buildButtonRow()
         button->setToolTip(QString::fromLatin1(def.tip));
     }
 
-    // Update comes with a later version of the window.
-    findChild<SkinButton *>(QStringLiteral("lblUpdate"))->setEnabled(false);
+    // The maker's page says whether there is a newer version.
+    connect(findChild<SkinButton *>(QStringLiteral("lblUpdate")), &QAbstractButton::clicked, this,
+            [this] {
+                if (prompts())
+                    prompts()->openExternal(About::updateAddress(About::versionText()));
+            });
     connect(findChild<SkinButton *>(QStringLiteral("lblOptions")), &QAbstractButton::clicked, this,
             &MainWindow::showOptions);
 
@@ -432,6 +448,8 @@ void MainWindow::buildFoot()
     m_shutDown = new QCheckBox(this);
     m_shutDown->setObjectName(QStringLiteral("chkShutDown"));
     m_shutDown->setGeometry(twips(90, 7080, 195, 195));
+    m_shutDown->setChecked(m_core->shutDown());
+    connect(m_shutDown, &QCheckBox::toggled, m_core, &AppCore::setShutDown);
     auto *shutdownLabel =
         new ClickLabel(QStringLiteral("lblShutdown"),
                        QStringLiteral("Shutdown after all downloads complete"), this);

@@ -1,16 +1,19 @@
 // The window's menus and what acts on its list: the tray menu, the list
 // bar's buttons, the wheel, a link row's context menu and dropped text.
+#include "app/about.h"
 #include "app/appcore.h"
 #include "fakeprompts.h"
 #include "list/downloadlistmodel.h"
 #include "listrows.h"
 #include "sandbox.h"
 #include "standin.h"
+#include "ui/aboutdialog.h"
 #include "ui/gridmodel.h"
 #include "ui/mainwindow.h"
 #include "ui/menuholder.h"
 #include "ui/windowparts.h"
 
+#include <QLabel>
 #include <QMenu>
 #include <QMimeData>
 #include <QScrollBar>
@@ -118,8 +121,6 @@ private slots:
         QCOMPARE(m->window.firstVisibleRow(), 5);
         click("cmdClearError");
         QCOMPARE(m->core.list().childCount(7), 0);
-        for (const char *later : {"lblUpdate", "cmdHelp", "cmdAbout"})
-            QVERIFY(!m->window.findChild<SkinButton *>(later)->isEnabled());
     }
 
     // The wheel over the window scrolls the grid a line a turn while the grid
@@ -146,6 +147,28 @@ private slots:
         m->window.findChild<SkinButton *>("cmdBrowse")->setFocus();
         QTRY_VERIFY(QApplication::focusWidget() != m->window.grid());
         QCOMPARE(turn(-120), 10);
+    }
+
+    // Update asks the maker's page about this version; Help opens the
+    // guide beside the program, and nothing without one; About shows the
+    // version and opens the maker's address.
+    void aboutHelpUpdate()
+    {
+        QCOMPARE(About::versionText(2, 5, 31), "2.5.0.31");
+        click("lblUpdate");
+        click("cmdHelp");
+        QFile guide(QCoreApplication::applicationDirPath() + "/guide.html");
+        QVERIFY(guide.open(QIODevice::WriteOnly));
+        click("cmdHelp");
+        guide.remove();
+        AboutDialog about(&m->prompts);
+        about.show();
+        QCOMPARE(about.findChild<QLabel *>("lblVer")->text(), About::versionText());
+        QTest::mouseClick(about.findChild<QLabel *>("lblOptions"), Qt::LeftButton);
+        QCOMPARE(m->prompts.opened,
+                 (QStringList{About::makerHost + "/updates.html?V=" + About::versionText() +
+                                  "&N=TessalwickDownloadManager",
+                              guide.fileName(), About::makerHost}));
     }
 
     // A link row's menu opens a complete file and its folder and copies the

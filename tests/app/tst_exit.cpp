@@ -1,0 +1,75 @@
+// How the program ends: the close refused while anything downloads, and the
+// power-off when a queue runs out with the box ticked.
+#include "app/appcore.h"
+#include "app/power.h"
+#include "fakeprompts.h"
+#include "sandbox.h"
+#include "standin.h"
+
+#include <QtTest>
+
+namespace {
+
+// Records each request and whether the list was on disk by then.
+struct RecordingPower : Power
+{
+    QString listPath;
+    QStringList calls;
+    void shutdownWindows(int mode) override
+    {
+        calls << QString("%1 %2").arg(mode).arg(QFile::exists(listPath) ? "saved" : "unsaved");
+    }
+};
+
+} // namespace
+
+class TestExit : public QObject
+{
+    Q_OBJECT
+private slots:
+    void checkShutdown_data()
+    {
+        QTest::addColumn<bool>("ticked");
+        QTest::addColumn<bool>("otherSiteRunning");
+        QTest::addColumn<QStringList>("calls");
+        QTest::newRow("ticked, two sites running") << true << true << QStringList{"8 saved"};
+        // The last transfer of all never powers off.
+        QTest::newRow("ticked, one site running") << true << false << QStringList();
+        QTest::newRow("clear, two sites running") << false << true << QStringList();
+    }
+    void checkShutdown()
+    {
+        QFETCH(bool, ticked);
+        QFETCH(bool, otherSiteRunning);
+        QFETCH(QStringList, calls);
+        Sandbox sandbox;
+        FakePrompts prompts;
+        AppCore core(&prompts);
+        RecordingPower power;
+        power.listPath = sandbox.path("LinkList.lq");
+        core.setLinkListPath(power.listPath);
+        core.setPower(&power);
+        core.setShutDown(ticked);
+        auto failing = std::make_unique<StandInRecipe>();
+        failing->mode = StandInRecipe::Mode::Fail;
+        core.queues().setRecipe(1, std::move(failing));
+        core.list().addLinkToList("http://rapidshare.com/files/1/a.zip", 1, nullptr);
+        core.list().addLinkToList("http://hotfile.com/dl/2/b.rar", 7, nullptr);
+        if (otherSiteRunning)
+            core.list().setField(core.list().childAt(7, 0), Field::IsDownloading, "1");
+        QSignalSpy quit(&core, &AppCore::quitRequested);
+        core.startSite(1);
+        QTRY_COMPARE(core.list().childAt(1, 0)->values[int(Field::Status)], "Connection Error");
+        QCOMPARE(power.calls, calls);
+        QCOMPARE(quit.size(), calls.size());
+
+        // The close: refused while a row is in progress, else the list is saved.
+        QFile::remove(power.listPath);
+        QCOMPARE(core.requestClose(), !otherSiteRunning);
+        QCOMPARE(QFile::exists(power.listPath), !otherSiteRunning);
+        QCOMPARE(prompts.messages.size(), otherSiteRunning ? 1 : 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestExit)
+#include "tst_exit.moc"
