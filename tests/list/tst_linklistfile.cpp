@@ -20,12 +20,6 @@ QByteArray readAll(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-void writeAll(const QString &path, const QByteArray &bytes)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size());
-}
-
 // One row as the file holds it, without local file, size or folder.
 QByteArray record(QByteArray id, QByteArray link, QByteArray status = "Waiting")
 {
@@ -157,7 +151,9 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(QString, told);
         QFETCH(QString, kept);
-        writeAll(m_path, content);
+        QFile file(m_path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
         QCOMPARE(load(), told);
         QCOMPARE(rowsOf(m_list).join(' '), kept);
         // The file itself is left as it was.

@@ -1,50 +1,38 @@
 #include "system/filefolder.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 class TestFileFolder : public QObject
 {
     Q_OBJECT
-    std::unique_ptr<QTemporaryDir> m_dir;
-    QString path(const QString &relative) const { return m_dir->filePath(relative); }
-    // The files, then the folders, in the test's folder.
-    QString listing() const
-    {
-        const QDir dir(m_dir->path());
-        return dir.entryList(QDir::Files).join(' ') + " / " +
-               dir.entryList(QDir::Dirs | QDir::NoDotAndDotDot).join(' ');
-    }
-
 private slots:
-    // Each test starts with a file "a.txt", an empty file "empty.txt" and a
-    // folder "sub".
-    void init()
+    // In a folder with a file "a.txt", an empty file "empty.txt" and a folder
+    // "sub": per path, is it a file, is it a folder. A folder is made one
+    // level at a time and never over anything; only files are deleted, a
+    // read-only one only with force.
+    void onDisk()
     {
-        m_dir = std::make_unique<QTemporaryDir>();
+        QTemporaryDir dir;
+        auto path = [&](const char *name) { return *name ? dir.filePath(name) : QString(); };
+        // The files, then the folders.
+        auto listing = [&] {
+            const QDir d(dir.path());
+            return d.entryList(QDir::Files).join(' ') + " / " +
+                   d.entryList(QDir::Dirs | QDir::NoDotAndDotDot).join(' ');
+        };
         QFile a(path("a.txt")), empty(path("empty.txt"));
         QVERIFY(a.open(QIODevice::WriteOnly) && a.write("data") == 4);
-        QVERIFY(empty.open(QIODevice::WriteOnly));
-        QVERIFY(QDir(m_dir->path()).mkdir("sub"));
-    }
+        QVERIFY(empty.open(QIODevice::WriteOnly) && QDir(dir.path()).mkdir("sub"));
+        a.close();
+        empty.close();
 
-    // Per path: is it a file, is it a folder.
-    void existence()
-    {
         QStringList seen;
-        for (const char *name : {"a.txt", "empty.txt", "sub", "sub/", "missing", ""}) {
-            const QString p = *name ? path(name) : QString();
-            seen << QString("%1%2").arg(FileFolder::fileExists(p)).arg(FileFolder::folderExists(p));
-        }
+        for (const char *name : {"a.txt", "empty.txt", "sub", "sub/", "missing", ""})
+            seen << QString("%1%2")
+                        .arg(FileFolder::fileExists(path(name)))
+                        .arg(FileFolder::folderExists(path(name)));
         QCOMPARE(seen.join(' '), "10 10 01 01 00 00");
-    }
 
-    // A folder is made one level at a time and never over anything; only
-    // files are deleted, a read-only one only with force.
-    void createAndDelete()
-    {
         QVERIFY(QFile::setPermissions(path("a.txt"), QFile::ReadOwner | QFile::ReadGroup));
         QString results; // each call, in order
         for (bool ok :

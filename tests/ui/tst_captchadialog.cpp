@@ -5,30 +5,34 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTemporaryDir>
-#include <QTimer>
 #include <QtTest>
 
 class TestCaptchaDialog : public QObject
 {
     Q_OBJECT
 private slots:
+    // What the person types into the box ("\r" is Enter, "\x1b" Escape), the
+    // button pressed then if any, and the answer the question gives ("<none>":
+    // closed without the button).
     void answers_data()
     {
-        // What the person does, step by step, and the answer the question gives:
-        // "type:<text>", "enter", "proceed", "close" or "escape".
-        QTest::addColumn<QStringList>("steps");
-        QTest::addColumn<QString>("answer"); // "<none>": closed without the button
-        QTest::newRow("typed, then Enter") << QStringList{"type:x7Q2", "enter"} << "x7Q2";
-        QTest::newRow("Enter on an empty box does nothing, the button hands over the empty text")
-            << QStringList{"enter", "proceed"} << "";
-        QTest::newRow("closed by its own button") << QStringList{"type:abc", "close"} << "<none>";
-        QTest::newRow("closed by Escape") << QStringList{"type:abc", "escape"} << "<none>";
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("answer");
+        auto row = [](const char *tag, const char *typed, const char *button, const char *answer) {
+            QTest::newRow(tag) << QString(typed) << QString(button) << QString(answer);
+        };
+        row("typed, then Enter", "x7Q2\r", "", "x7Q2");
+        row("Enter on an empty box does nothing, the button hands over the empty text", "\r",
+            "cmdProceed", "");
+        row("closed by its own button", "abc", "cmdClose", "<none>");
+        row("closed by Escape", "abc\x1b", "", "<none>");
     }
 
     void answers()
     {
-        QFETCH(QStringList, steps);
+        QFETCH(QString, typed);
+        QFETCH(QString, button);
         QFETCH(QString, answer);
         QTemporaryDir dir;
         const QString picture = dir.filePath("CAP.gif");
@@ -40,46 +44,30 @@ private slots:
         WidgetPrompts prompts;
         prompts.setWindow(&window);
 
-        // The person acts once the dialog shows; timers run on under it.
+        // The person acts once the dialog shows, its box with the focus and
+        // the picture in place; timers run on under it.
         int ticks = 0;
         QTimer ticker;
         QObject::connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
         ticker.start(5);
-        QStringList seen;
+        bool ready = false;
         QTimer::singleShot(0, [&] {
             QTest::qWait(30);
             auto *dialog = window.findChild<CaptchaDialog *>("frmCaptcha");
             QVERIFY(dialog && dialog->isVisible());
             auto *box = dialog->findChild<QLineEdit *>("txtCaptcha");
-            seen << (box->hasFocus() ? "focus" : "no focus")
-                 << (dialog->findChild<QLabel *>("picCaptcha")->pixmap().isNull() ? "no picture"
-                                                                                  : "picture");
-            for (const char *label : {"lblCaptchaCode", "Label1", "Label2"})
-                seen << dialog->findChild<QLabel *>(label)->text();
-            seen << dialog->findChild<QAbstractButton *>("cmdProceed")->text();
-            for (const QString &step : steps) {
-                if (step.startsWith("type:"))
-                    QTest::keyClicks(box, step.mid(5));
-                else if (step == "enter")
-                    QTest::keyClick(box, Qt::Key_Return);
-                else if (step == "escape")
-                    QTest::keyClick(box, Qt::Key_Escape);
-                else
-                    dialog
-                        ->findChild<QAbstractButton *>(step == "close" ? "cmdClose" : "cmdProceed")
-                        ->click();
-            }
+            ready =
+                box->hasFocus() && !dialog->findChild<QLabel *>("picCaptcha")->pixmap().isNull();
+            QTest::keyClicks(box, typed);
+            // The dialog is still open just when a button is to end it.
+            ready = ready && dialog->isVisible() == !button.isEmpty();
+            if (!button.isEmpty())
+                dialog->findChild<QAbstractButton *>(button)->click();
         });
         const std::optional<QString> given = prompts.askCaptcha(picture);
 
         QCOMPARE(given.value_or("<none>"), answer);
-        QCOMPARE(seen, (QStringList{"focus", "picture", "Captcha Code Required",
-                                    "MegaUpload requires that you enter the above captcha to "
-                                    "continue download",
-                                    "* Note:- MegaUpload offers each user 3 files to download "
-                                    "without captcha until the internet IP changes",
-                                    "&Proceed"}));
-        QVERIFY(ticks > 0);
+        QVERIFY(ready && ticks > 0);
     }
 };
 

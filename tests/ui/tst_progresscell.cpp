@@ -29,12 +29,12 @@ private slots:
         QTest::newRow("below") << "-5" << 3 << "0";
         QTest::newRow("above") << "150" << 53 << "100";
         QTest::newRow("fraction") << "45.67" << 26 << "46";
-        QTest::newRow("blanks round a number") << " 33 " << 20 << "33";
         // Halves go to the even neighbour: of the percentage, and of the
-        // bar's edge, the cell's left included (3 + 22.5 and 3 + 23.5).
+        // bar's edge, the cell's left included (3 + 16.5 up to 20, 3 + 23.5
+        // down to 26).
+        QTest::newRow("blanks round a number, edge half up") << " 33 " << 20 << "33";
         QTest::newRow("half to even down") << "12.5" << 9 << "12";
         QTest::newRow("half to even up") << "13.5" << 10 << "14";
-        QTest::newRow("edge half up") << "45" << 26 << "45";
         QTest::newRow("edge half down") << "47" << 26 << "47";
         for (const char *word : {"Waiting", "Stopped(45%)", "1.5 MB so far", "Wait 34 Seconds", ""})
             QTest::newRow(word) << word << 0 << "";
