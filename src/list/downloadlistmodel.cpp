@@ -4,8 +4,6 @@ namespace {
 
 // The grid's header texts by column. Columns that the grid never gives a text
 // keep their field's name; "Speed" is one of them although it is shown.
-const char *const kSiteHeaders[DownloadListModel::SiteColumnCount] = {
-    " ", "Sharing Site", "Child Downloads", "Download Status"};
 const char *const kLinkHeaders[FieldCount] = {
     " ",     " ",         "Download URL", "Local File Name", "Download Status", "File Size",
     nullptr, "Time Left", nullptr,        nullptr,           nullptr,           nullptr,
@@ -35,13 +33,6 @@ DownloadListModel::DownloadListModel(DownloadList *list, QObject *parent)
         if (cell.isValid())
             emit dataChanged(cell, cell);
     });
-}
-
-QString DownloadListModel::siteHeaderText(int column)
-{
-    if (column < 0 || column >= SiteColumnCount)
-        return QString();
-    return QString::fromLatin1(kSiteHeaders[column]);
 }
 
 QString DownloadListModel::linkHeaderText(int column)

@@ -24,9 +24,8 @@ public:
 
     DownloadList *list() const { return m_list; }
 
-    // Header texts of the two bands; a column without a header of its own
+    // Header texts of the grid; a column without a header of its own
     // shows its field's name.
-    static QString siteHeaderText(int column);
     static QString linkHeaderText(int column);
 
     // Indexes of a site row and of a link row, column as given.
