@@ -1,5 +1,6 @@
 #include "ui/widgetprompts.h"
 
+#include "app/notifier.h"
 #include "ui/captchadialog.h"
 
 #include <QClipboard>
@@ -78,8 +79,11 @@ Prompts::Answer WidgetPrompts::messageBox(const QString &text, Icon icon, Button
 void WidgetPrompts::balloon(int iconKind, const QString &text, const QString &title,
                             int milliseconds)
 {
-    if (!m_tray || !QSystemTrayIcon::isSystemTrayAvailable() || !m_tray->isVisible())
+    // Without a tray the desktop's notifications show it, where they run.
+    if (!m_tray || !QSystemTrayIcon::isSystemTrayAvailable() || !m_tray->isVisible()) {
+        Notifier::notify(title, text, milliseconds);
         return;
+    }
     QSystemTrayIcon::MessageIcon icon = QSystemTrayIcon::NoIcon;
     switch (iconKind) {
     case 1:
