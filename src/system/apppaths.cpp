@@ -4,28 +4,13 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QTemporaryFile>
 
 namespace AppPaths {
 
-QString programFolder()
-{
-    return QCoreApplication::applicationDirPath();
-}
-
-static bool folderWritable(const QString &folder)
-{
-    if (folder.isEmpty() || !QFileInfo(folder).isDir())
-        return false;
-    QTemporaryFile probe(folder + QStringLiteral("/.tessalwick-probe-XXXXXX"));
-    return probe.open();
-}
-
 QString linkListFile()
 {
-    const QString beside = programFolder();
-    if (folderWritable(beside))
-        return QDir(beside).filePath(QStringLiteral("LinkList.lq"));
+    // The user's data folder, wherever the program runs from: removing a
+    // build folder or reinstalling never takes a user's list with it.
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                          QStringLiteral("/Tessalwick");
     QDir().mkpath(data);

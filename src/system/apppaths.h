@@ -4,10 +4,7 @@
 
 // Where the program keeps its files.
 namespace AppPaths {
-// The program's own folder.
-QString programFolder();
-// LinkList.lq beside the program when that folder is writable, else in the
-// user's data folder.
+// LinkList.lq in the user's data folder ($XDG_DATA_HOME/Tessalwick).
 QString linkListFile();
 // The default download folder: "Sharing Downloads" in the user's home folder.
 QString defaultDownloadDir();

@@ -4,7 +4,13 @@
 // alive, answers hand-overs and writes the row's words; an orderly end always
 // leaves the list whole.
 #include "app/cregister.h"
+#include "fakedepositfiles.h"
+#include "fakefilefactory.h"
+#include "fakefourshared.h"
+#include "fakehotfile.h"
+#include "fakemegaupload.h"
 #include "fakerapidshare.h"
+#include "fakeyoutube.h"
 #include "list/formats.h"
 #include "programrun.h"
 #include "sandbox.h"
@@ -57,6 +63,7 @@ class TestEndToEnd : public QObject
     Q_OBJECT
 private slots:
     void handedOverLinkIsDownloaded();
+    void allSites();
     void faults_data();
     void faults();
 };
@@ -98,6 +105,64 @@ void TestEndToEnd::handedOverLinkIsDownloaded()
     QCOMPARE(saved.readAll(), content);
     QVERIFY2(program.log().contains("balloon: [Tessalwick] 1 Link Added"),
              program.log().constData());
+}
+
+// As a user would: a page with links of all seven sites goes in, every site
+// starts, the captcha is answered, every row ends "Complete"; the program is
+// closed and started again, and the list is as it was.
+void TestEndToEnd::allSites()
+{
+    Sandbox sandbox;
+    FakeRapidShare rapid;
+    FakeYoutube tube;
+    FakeMegaUpload mega;
+    FakeFourShared four;
+    FakeDepositFiles deposit;
+    FakeHotFile hot;
+    FakeFileFactory factory;
+    ProgramRun program(sandbox,
+                       "rapidshare=" + rapid.hostPort() + ",youtube=" + tube.hostPort() +
+                           ",megaupload=" + mega.hostPort() + ",4shared=" + four.hostPort() +
+                           ",depositfiles=" + deposit.hostPort() + ",hotfile=" + hot.hostPort() +
+                           ",filefactory=" + factory.hostPort());
+    if (!program.available())
+        QSKIP("TESSALWICK_EXE does not name the built program");
+    // A site's second passes in 20 ms.
+    program.setEnv("TESSALWICK_TIMER_PERIODS", "1000=20");
+    const QByteArray content = numbers(40000); // 228,890 bytes a file
+    const QStringList links{rapid.addFile("1", "r.zip", content, 3),
+                            tube.addVideo("v1", "Clip", TestServer::Answer::ok(content)),
+                            mega.addFile("M1", "m.avi", content, "3"),
+                            four.addFile("4", "f.zip", content, 3),
+                            deposit.addFile("6", "d.zip", content, 3),
+                            hot.addFile("7", "h.rar", content),
+                            factory.addFile("8", "x.zip", content, 3)};
+    // The text of a page as a browser copies it: words, links and lines.
+    QString page = "Files of the week\r\n";
+    for (const QString &link : links)
+        page += "Get it: " + link + " (mirror, 224 KB)\r\n";
+    const QString downloads = sandbox.path("downloads");
+    Settings::save("DownDir", downloads);
+    Settings::save("StartAfterCatch", "1");
+
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(program.start());
+    QVERIFY(program.handOver(page));
+    QDir folder(downloads);
+    QTRY_VERIFY_WITH_TIMEOUT(folder.entryList(QDir::Files).size() == 7, 60000);
+    for (const QFileInfo &file : folder.entryInfoList(QDir::Files))
+        QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(file.filePath()).size(), qint64(content.size()), 30000);
+    QVERIFY(program.terminate());
+    const QByteArray list = program.listFile();
+    QCOMPARE(list.count("\r\nComplete\r\n"), 7);
+    // The picture of the captcha that was asked.
+    QVERIFY(program.log().contains("captcha: "));
+    qInfo("all sites: %lld ms, 7 rows, %lld bytes", clock.elapsed(), 7LL * content.size());
+
+    QVERIFY(program.start());
+    QVERIFY(program.terminate());
+    QCOMPARE(program.listFile(), list);
 }
 
 void TestEndToEnd::faults_data()

@@ -44,7 +44,7 @@ private slots:
     void startUps()
     {
         Sandbox sandbox;
-        // A private copy of the program, so its LinkList.lq lands in the sandbox.
+        // A private copy of the program; its list lands in the sandbox's data folder.
         const QString built = qEnvironmentVariable("TESSALWICK_EXE");
         if (built.isEmpty() || !QFile::exists(built))
             QSKIP("TESSALWICK_EXE does not name the built program");
@@ -84,7 +84,7 @@ private slots:
         process->terminate(); // SIGTERM
         QVERIFY(process->waitForFinished(10000) && process->exitCode() == 0 &&
                 process->exitStatus() == QProcess::NormalExit);
-        QFile list(sandbox.path("bin/LinkList.lq"));
+        QFile list(sandbox.path("data/Tessalwick/LinkList.lq"));
         QVERIFY(list.open(QIODevice::ReadOnly));
         QCOMPARE(list.readAll(),
                  "1\r\nhttp://rapidshare.com/files/1/cap.zip\r\n?\r\nWaiting\r\n?\r\n\r\n7\r\n" +

@@ -199,7 +199,6 @@ private:
                  FakeMegaUpload::linkPath("BAD1"),
                  StatusText::ConnectionError,
                  true,
-                 true,
                  {{"gone", FakeMegaUpload::gonePage, "Not Found|0|", false},
                   {"no captcha", "<p>captchacode value=\"1\"</p>", "Not Found|0|"}}}};
     }

@@ -40,13 +40,11 @@ struct Step
     // then goes on to the next link.
     QString badStatusWord = StatusText::ConnectionError;
     bool badStatusNextLink = true;
-    // Whether the poll of this request looks at the stop flag and the time-out.
-    bool guarded = true;
     QList<Page> pages = {};
 };
 
 // Columns "step" (index into the steps) and "fault", one row for each fault
-// and each page at each step; the faults a step doesn't look at are left out.
+// and each page at each step.
 void addRows(const QList<Step> &steps);
 // Runs the current row against the site's real recipe over two links of the
 // site's fake: the first meets the fault at the step's path, the second is

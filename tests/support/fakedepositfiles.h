@@ -12,12 +12,32 @@ public:
     FakeDepositFiles() : FakeSite(Sites::DepositFiles) {}
     // Puts a file on the site and gives its link in `language`.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
-                    int waitSeconds = 60, const QString &language = QStringLiteral("en"));
+                    int waitSeconds = 60, const QString &language = QStringLiteral("en"))
+    {
+        const QByteArray filePath = "/file/" + (id + '/' + name).toLatin1();
+        const auto download = html(downloadPage(url(filePath), name, waitSeconds));
+        const auto gateway = html("<form method=\"post\"><input type=\"hidden\" "
+                                  "name=\"gateway_result\" value=\"1\"></form>");
+        server().setRoute(pagePath(id), [download, gateway](const TestServer::Request &request) {
+            return request.method == "POST" && request.body == "gateway_result=1" ? download
+                                                                                  : gateway;
+        });
+        file(filePath, content);
+        return url("/" + language + "/files/" + id);
+    }
     static QByteArray pagePath(const QString &id) { return "/en/files/" + id.toLatin1(); }
 
     // The download form's action, the file name, the site's countdown and its
     // "var c=N;".
-    static QString downloadPage(const QString &directUrl, const QString &name, int waitSeconds);
+    static QString downloadPage(const QString &directUrl, const QString &name, int waitSeconds)
+    {
+        return QStringLiteral("File name: <b title=\"%1\">%1</b>\n<p>Ready in less than a "
+                              "minute.</p><div id=\"download_url\"><form action=\"%2\" "
+                              "method=\"get\"></form></div>\n<script>var c=%3;</script>Please "
+                              "wait <span id=\"download_waiter_remain\">%3</span> seconds")
+            .arg(name, directUrl)
+            .arg(waitSeconds);
+    }
     static inline const QString slotsBusyPage = "<p>We are sorry, but all downloading slots for "
                                                 "your country are busy. Try again in 3 minutes.";
     static inline const QString ipBusyPage =

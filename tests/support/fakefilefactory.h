@@ -2,9 +2,6 @@
 
 #include "fakesite.h"
 
-#include <QByteArray>
-#include <QString>
-
 // A FileFactory stand-in on a TestServer. Each file has three addresses:
 //
 //   /file/<id>/n/<name>   the link's page, whose "Download Now" button points
@@ -20,14 +17,30 @@ public:
     FakeFileFactory() : FakeSite(Sites::FileFactory) {}
     // Puts a file on the site and gives its link.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
-                    int waitSeconds = 1);
+                    int waitSeconds = 1)
+    {
+        const QString direct = "/get/" + id + "/" + name;
+        page(linkPath(id, name), firstPage("dlf/" + id));
+        page(buttonPath(id), downloadPage(url(direct), QString::number(waitSeconds)));
+        file(direct.toLatin1(), content);
+        return url(linkPath(id, name));
+    }
     static QByteArray linkPath(const QString &id, const QString &name)
     {
         return ("/file/" + id + "/n/" + name).toLatin1();
     }
     static QByteArray buttonPath(const QString &id) { return "/dlf/" + id.toLatin1(); }
-    static QString firstPage(const QString &buttonHref);
-    static QString downloadPage(const QString &directUrl, const QString &countdown);
+    static QString firstPage(const QString &buttonHref)
+    {
+        return "<div id=\"basicLink\"><a href=\"" + buttonHref +
+               "\"><img src=\"/img/free.gif\" alt=\"Download Now\" /></a></div>";
+    }
+    static QString downloadPage(const QString &directUrl, const QString &countdown)
+    {
+        return "<p>Starting in <span class=\"countdown\">" + countdown +
+               "</span></p>\n<p id=\"downloadLink\"><a href=\"" + directUrl +
+               "\">Click here to begin your download</a></p>";
+    }
     // The pages that end a run.
     static inline const QString gonePage = "<p>Sorry, this file is no longer available. It may "
                                            "have been deleted by the uploader, or has expired.</p>";

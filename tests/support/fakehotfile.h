@@ -15,12 +15,33 @@ public:
     // Puts a file on the site and gives its link; the first `notReady` posts
     // are answered with disabledPage.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
-                    const QString &waitMs = QStringLiteral("1000"), int notReady = 0);
+                    const QString &waitMs = QStringLiteral("1000"), int notReady = 0)
+    {
+        const QByteArray filePath = "/get/" + (id + '/' + name).toLatin1();
+        const auto form = html(formPage(id, waitMs));
+        const auto onward = TestServer::Answer::redirect(307, url(postPath(id)));
+        server().setRoute(linkPath(id), [form, onward](const TestServer::Request &request) {
+            return request.method == "POST" ? onward : form;
+        });
+        server().setAnswers(postPath(id), QList<TestServer::Answer>(notReady, html(disabledPage))
+                                              << html(downloadPage(url(filePath))));
+        file(filePath, content);
+        return url(linkPath(id));
+    }
     static QByteArray linkPath(const QString &id) { return "/dl/" + id.toLatin1(); }
     static QByteArray postPath(const QString &id) { return "/post/" + id.toLatin1(); }
 
     // The link's page; its form's body is formBody(id).
-    static QString formPage(const QString &id, const QString &waitMs);
+    static QString formPage(const QString &id, const QString &waitMs)
+    {
+        return "<table><form action=\"\" method=post name=f>\r\n"
+               "<input type=hidden name=action value=capt>\r\n<input type=hidden name=tm value=" +
+               id +
+               ">\r\n<input type=hidden name=tmhash value=a1b2c3d4>\r\n"
+               "<input type=hidden name=wait value=30>\r\n<tr><td><script>var d=new Date();var "
+               "timerend=d.getTime()+" +
+               waitMs + ";</script></td></tr></form></table>";
+    }
     static QByteArray formBody(const QString &id)
     {
         return "&action=capt&tm=" + id.toLatin1() + "&tmhash=a1b2c3d4&wait=30";

@@ -2,10 +2,6 @@
 
 #include "fakesite.h"
 
-#include <QByteArray>
-#include <QString>
-#include <QStringList>
-
 // A MediaFire stand-in on a TestServer:
 //
 //   /?<key>                          the link's page with the download
@@ -22,12 +18,32 @@ public:
     FakeMediaFire() : FakeSite(Sites::MediaFire) {}
     // Puts a file on the site and gives its link.
     QString addFile(const QString &key, const QString &eleven, const QString &name,
-                    const QByteArray &content);
+                    const QByteArray &content)
+    {
+        const QString segment = "h7k2p" + key;
+        page(linkPath(key), "<script type=\"text/javascript\">Eo(); setTimeout(\"cu('dl')\", 100);"
+                            "</script>");
+        page(scriptPath(key),
+             scriptPage({"cb=" + eleven, "mL=" + hostPort(), "mH=" + segment, "mY=" + name}));
+        file(("/" + eleven + "g/" + segment + "/" + name).toLatin1(), content);
+        return url(linkPath(key));
+    }
     static QByteArray linkPath(const QString &key) { return "/?" + key.toLatin1(); }
     static QByteArray scriptPath(const QString &key)
     {
         return "/dynamic/download.php?qk=" + key.toLatin1();
     }
     // The dynamic page declaring these values in turn, each "name=value".
-    static QString scriptPage(const QStringList &declarations);
+    static QString scriptPage(const QStringList &declarations)
+    {
+        QString script;
+        for (const QString &declaration : declarations)
+            script +=
+                "var " + declaration.section('=', 0, 0) + "='" + declaration.section('=', 1) + "';";
+        return "<html><head><script language=\"JavaScript\"><!--\n" + script +
+               " function DoShow(b) { parent.document.getElementById('download_link').innerHTML = "
+               "\"<a href=\\\"http://\"+mL+\"/\" + cb + \"g/\" + mH + \"/\" + mY + \"\\\">Click "
+               "here to start download</a>\"; }\n//--></script></head><body "
+               "onload=\"DoShow()\"></body></html>\n";
+    }
 };

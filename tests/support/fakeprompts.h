@@ -61,16 +61,6 @@ public:
         return captchaAnswers.isEmpty() ? std::nullopt : captchaAnswers.dequeue();
     }
 
-    void clear()
-    {
-        messages.clear();
-        balloons.clear();
-        folderTitles.clear();
-        opened.clear();
-        copied.clear();
-        captchas.clear();
-    }
-
     QList<Message> messages;
     QList<Balloon> balloons;
     QStringList folderTitles;

@@ -3,21 +3,28 @@
 #include "list/sitetable.h"
 #include "testserver.h"
 
-#include <QByteArray>
-#include <QString>
 #include <QStringList>
 
 // What every fake site is made of: its own TestServer on 127.0.0.1, pages
-// and files at paths, and routes that answer by the request's cookie. A
-// site's fake derives from this and adds its pages, written from what the
-// site's recipe reads.
+// and files at paths. A site's fake derives from this and adds its pages,
+// written from what the site's recipe reads.
 class FakeSite
 {
 public:
     // With a site's number, the site table's host of that site is the fake's
     // address while it lives.
-    explicit FakeSite(int site = 0);
-    virtual ~FakeSite();
+    explicit FakeSite(int site = 0) : m_site(site)
+    {
+        m_server.listen();
+        if (Sites::isSite(site))
+            SiteHosts::instance().setHost(QString::fromLatin1(Sites::site(site).key), hostPort());
+    }
+    virtual ~FakeSite()
+    {
+        if (Sites::isSite(m_site))
+            SiteHosts::instance().setHost(QString::fromLatin1(Sites::site(m_site).key),
+                                          QString::fromLatin1(Sites::site(m_site).defaultHost));
+    }
 
     TestServer &server() { return m_server; }
     QString url(const QString &path) const { return m_server.url(path); }
@@ -26,26 +33,30 @@ public:
     QString hostPort() const { return m_server.hostPort(); }
 
     // An HTML page with status 200, optionally setting a cookie "name=value".
-    static TestServer::Answer html(const QString &page, const QByteArray &setCookie = {});
-    // A whole page around a body, with a title.
-    static QString htmlPage(const QString &title, const QString &body);
-
-    void page(const QByteArray &path, const QString &body, const QByteArray &setCookie = {});
-    void file(const QByteArray &path, const QByteArray &content);
-    // `with` for a request that carries the cookie "name=value", else `without`.
-    void cookieRoute(const QByteArray &path, const QByteArray &cookie,
-                     const TestServer::Answer &with, const TestServer::Answer &without);
+    static TestServer::Answer html(const QString &page, const QByteArray &setCookie = {})
+    {
+        TestServer::Headers headers{{"Content-Type", "text/html; charset=UTF-8"}};
+        if (!setCookie.isEmpty())
+            headers.append({"Set-Cookie", setCookie + "; path=/"});
+        return TestServer::Answer::sized(200, "OK", headers, page.toUtf8());
+    }
+    void page(const QByteArray &path, const QString &body, const QByteArray &setCookie = {})
+    {
+        m_server.setAnswer(path, html(body, setCookie));
+    }
+    void file(const QByteArray &path, const QByteArray &content)
+    {
+        m_server.setAnswer(path, TestServer::Answer::ok(content));
+    }
 
     // The requests so far, one "METHOD /path?query" each.
-    QStringList requestLines() const;
-
-    // The ways a request can fail.
-    enum class Fault {
-        NotFound404, // an answer with status 404
-        Closed,      // the connection closed before any answer
-        Silence,     // no answer at all: the shared time-out ends the wait
-    };
-    void fail(const QByteArray &path, Fault fault);
+    QStringList requestLines() const
+    {
+        QStringList lines;
+        for (const TestServer::Request &r : m_server.requests())
+            lines << QString::fromLatin1(r.method + ' ' + r.path);
+        return lines;
+    }
 
 private:
     TestServer m_server;

@@ -61,10 +61,7 @@ bool ProgramRun::handOver(const QString &text, int timeoutMs)
     if (!sender.waitForConnected(5000))
         return false;
     sender.write(HandOver::frame(text.toUtf8()));
-    QDeadlineTimer deadline(timeoutMs);
-    while (!deadline.hasExpired() && sender.bytesAvailable() == 0)
-        QTest::qWait(20);
-    return sender.bytesAvailable() > 0;
+    return QTest::qWaitFor([&] { return sender.bytesAvailable() > 0; }, timeoutMs);
 }
 
 bool ProgramRun::terminate()
@@ -76,6 +73,6 @@ bool ProgramRun::terminate()
 
 QByteArray ProgramRun::listFile() const
 {
-    QFile list(m_bin + QStringLiteral("/LinkList.lq"));
+    QFile list(m_bin + QStringLiteral("/../data/Tessalwick/LinkList.lq"));
     return list.open(QIODevice::ReadOnly) ? list.readAll() : QByteArray();
 }

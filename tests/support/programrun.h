@@ -8,7 +8,7 @@
 class Sandbox;
 
 // The built program (TESSALWICK_EXE) run as a user would run it, from a copy
-// in a sandbox's bin/ folder, where it keeps LinkList.lq: prompts go to
+// in a sandbox's bin/ folder, its list in the sandbox's data folder: prompts go to
 // standard error, the site hosts come from `hosts`.
 class ProgramRun
 {

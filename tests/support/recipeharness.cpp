@@ -3,15 +3,13 @@
 #include "system/logicaltimer.h"
 
 #include <QFile>
-#include <QTest>
 
 RecipeHarness::RecipeHarness(std::initializer_list<int> realRecipes)
 {
     list.open();
     RecipeTable recipes;
     for (const Sites::Site &site : Sites::all()) {
-        const bool real =
-            std::find(realRecipes.begin(), realRecipes.end(), site.number) != realRecipes.end();
+        const bool real = std::count(realRecipes.begin(), realRecipes.end(), site.number) > 0;
         if (real && site.makeRecipe) {
             recipes[site.number - 1] = site.makeRecipe();
         } else {
@@ -30,20 +28,12 @@ RecipeHarness::RecipeHarness(std::initializer_list<int> realRecipes)
     });
 }
 
-RecipeHarness::~RecipeHarness() = default;
-
 void RecipeHarness::setPeriods(int secondMs, int timeOutMs, int minuteMs)
 {
     LogicalTimer::clearRealPeriods();
     LogicalTimer::setRealPeriod(1000, secondMs);
     LogicalTimer::setRealPeriod(50000, timeOutMs);
     LogicalTimer::setRealPeriod(60000, minuteMs);
-}
-
-StandInRecipe &RecipeHarness::standIn(int site)
-{
-    Q_ASSERT(m_standIns[site - 1]);
-    return *m_standIns[site - 1];
 }
 
 LinkRow *RecipeHarness::add(int site, const QString &link, const QString &status, int isDownloading)
@@ -55,12 +45,6 @@ LinkRow *RecipeHarness::add(int site, const QString &link, const QString &status
     list.setField(added, Field::Status, status);
     list.setField(added, Field::IsDownloading, QString::number(isDownloading));
     return added;
-}
-
-QString RecipeHarness::at(int site, int index, Field field) const
-{
-    const LinkRow *r = row(site, index);
-    return r ? r->values[int(field)] : QStringLiteral("<no row>");
 }
 
 QStringList RecipeHarness::statuses(int site, Field field) const
@@ -89,22 +73,12 @@ QString RecipeHarness::fields(int site, int index, std::initializer_list<Field> 
     return values.join(u'|');
 }
 
-QStringList RecipeHarness::history(int site, int index) const
-{
-    return m_history.value(row(site, index));
-}
-
 RecipeSite RecipeHarness::view(int site, int index)
 {
     SiteContext &ctx = context(site);
     ctx.cursor = list.getSiteRecords(site);
     ctx.cursor.moveToIndex(index);
     return RecipeSite(ctx);
-}
-
-bool RecipeHarness::runUntil(const std::function<bool()> &condition, int timeoutMs)
-{
-    return QTest::qWaitFor(condition, timeoutMs);
 }
 
 QByteArray RecipeHarness::fileIn(const QString &relativePath) const

@@ -9,7 +9,6 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <functional>
 #include <initializer_list>
 #include <memory>
 
@@ -21,21 +20,23 @@ class RecipeHarness
 {
 public:
     explicit RecipeHarness(std::initializer_list<int> realRecipes = {});
-    ~RecipeHarness();
 
     // The logical periods of the countdown (1000), the request time-out
     // (50000) and the minute (60000, also the transfer's silence) as real
     // periods for the whole process.
     static void setPeriods(int secondMs, int timeOutMs = 3600000, int minuteMs = 3600000);
 
-    StandInRecipe &standIn(int site);
+    StandInRecipe &standIn(int site) { return *m_standIns.at(site - 1); }
     SiteContext &context(int site) { return queues->context(site); }
     QString folder() const { return m_dir.path(); }
 
     LinkRow *add(int site, const QString &link, const QString &status = QStringLiteral("Waiting"),
                  int isDownloading = 0);
     LinkRow *row(int site, int index) const { return list.childAt(site, index); }
-    QString at(int site, int index, Field field = Field::Status) const;
+    QString at(int site, int index, Field field = Field::Status) const
+    {
+        return row(site, index) ? row(site, index)->values[int(field)] : QStringLiteral("<no row>");
+    }
     QStringList statuses(int site, Field field = Field::Status) const;
     // Some fields of one row as one text, "Complete||0".
     QString fields(int site, int index, std::initializer_list<Field> which) const;
@@ -45,12 +46,10 @@ public:
     // The rows' IsDownloading flags as one text, "010".
     QString flags(int site) const { return statuses(site, Field::IsDownloading).join(QString()); }
     // Every Status the row has had since it was added, the first "Waiting" included.
-    QStringList history(int site, int index) const;
+    QStringList history(int site, int index) const { return m_history.value(row(site, index)); }
 
     // A view of the site as its recipe gets it, the cursor on the row at `index`.
     RecipeSite view(int site, int index = 0);
-    // Pumps the event queue until the condition holds or the time is up.
-    static bool runUntil(const std::function<bool()> &condition, int timeoutMs = 10000);
     QByteArray fileIn(const QString &relativePath) const;
 
     FakePrompts prompts;

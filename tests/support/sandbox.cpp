@@ -7,21 +7,21 @@
 #include <QStandardPaths>
 
 namespace {
+// The variables a sandbox sets, the first four to its folders of these names.
 const char *const kVars[5] = {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR",
                               "TESSALWICK_SITE_HOSTS"};
-}
+const char *const kFolders[4] = {"home", "config", "data", "runtime"};
+} // namespace
 
 Sandbox::Sandbox()
 {
     for (int i = 0; i < 5; ++i)
         m_saved[i] = qgetenv(kVars[i]);
-    for (const char *sub : {"home", "config", "data", "runtime"})
-        QDir().mkpath(path(sub));
-    QFile::setPermissions(runtime(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("HOME", home().toLocal8Bit());
-    qputenv("XDG_CONFIG_HOME", config().toLocal8Bit());
-    qputenv("XDG_DATA_HOME", data().toLocal8Bit());
-    qputenv("XDG_RUNTIME_DIR", runtime().toLocal8Bit());
+    for (int i = 0; i < 4; ++i) {
+        QDir().mkpath(path(kFolders[i]));
+        qputenv(kVars[i], path(kFolders[i]).toLocal8Bit());
+    }
+    QFile::setPermissions(path("runtime"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     qunsetenv("TESSALWICK_SITE_HOSTS");
     QStandardPaths::setTestModeEnabled(false);
     SiteHosts::instance().reset();

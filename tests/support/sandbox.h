@@ -12,12 +12,9 @@ public:
     Sandbox();
     ~Sandbox();
 
-    QString root() const { return m_dir.path(); }
     QString path(const QString &relative) const { return m_dir.filePath(relative); }
     QString home() const { return path("home"); }
     QString config() const { return path("config"); }
-    QString data() const { return path("data"); }
-    QString runtime() const { return path("runtime"); }
 
 private:
     QTemporaryDir m_dir;

@@ -3,17 +3,12 @@
 #include "resolvers/resolverframe.h"
 #include "resolvers/xmlhttprequest.h"
 
+#include <QScopeGuard>
+
 void StandInRecipe::resolve(RecipeSite &site)
 {
-    struct Depth
-    {
-        StandInRecipe &r;
-        explicit Depth(StandInRecipe &recipe) : r(recipe)
-        {
-            r.maxDepth = std::max(++r.depth, r.maxDepth);
-        }
-        ~Depth() { --r.depth; }
-    } depthGuard(*this);
+    maxDepth = std::max(++depth, maxDepth);
+    const auto leave = qScopeGuard([this] { --depth; });
     calls << site.link();
     statusAtCall << site.field(Field::Status);
     if (order)
@@ -41,7 +36,7 @@ void StandInRecipe::resolve(RecipeSite &site)
         if (info.hasTimer && info.waitEnd != Sites::WaitEnd::ResolveIfStepOne) {
             site.setField(Field::Status, QStringLiteral("Wait %1 Seconds").arg(wait));
             site.setField(Field::WaitTimeInSec, QString::number(wait));
-            site.startTimer(interval);
+            site.startTimer(1000);
         } else {
             site.setField(Field::Status, QStringLiteral("Connecting..."));
             site.startTransfer();

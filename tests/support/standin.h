@@ -27,7 +27,6 @@ public:
     Mode mode = Mode::Record;
     QString fileSize = QStringLiteral("?");
     int wait = 0;
-    int interval = 1000;
     QString holdUrl;
     QList<int> *order = nullptr; // sites in the order their runs began
 

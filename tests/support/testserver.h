@@ -4,13 +4,13 @@
 // picks one; read it with port()).
 //
 // Every request is parsed (method, path, headers, body by Content-Length) and
-// recorded with its exact bytes. The answer comes from the table set with
-// setAnswer()/setAnswers() for the request's path (with its query first, then
-// without), else from a route set with setRoute() for that path, else from the
-// handler set with setHandler(), else a 404. An
-// Answer is the exact bytes to send, optionally cut into pieces with a delay
-// before each, or kept back entirely (silence). After the answer the connection is closed unless
-// keepOpen() was asked for; an open connection reads the next request.
+// recorded with its exact bytes. The answer comes from what was last set for
+// the request's path (with its query first, then without) with setAnswer(),
+// setAnswers() or setRoute(), else from the handler set with setHandler(),
+// else a 404. An Answer is the exact bytes to send, optionally cut into pieces
+// with a delay before each, or kept back entirely (silence). After the answer
+// the connection is closed unless keepOpen() was asked for; an open
+// connection reads the next request.
 //
 //     TestServer server;
 //     QVERIFY(server.listen());
@@ -20,6 +20,7 @@
 //     ... server.requests().at(0).raw == "GET /file.bin HTTP/1.1\r\n..."
 #include <QByteArray>
 #include <QHash>
+#include <QHostAddress>
 #include <QList>
 #include <QObject>
 #include <QPair>
@@ -34,46 +35,57 @@ class TestServer : public QObject
 {
     Q_OBJECT
 public:
+    using Headers = QList<QPair<QByteArray, QByteArray>>;
+
     struct Request
     {
         QByteArray raw;    // the exact bytes received: request line, headers, body
         QByteArray method; // "GET", "POST", ...
         QByteArray path;   // as sent, with its query
-        QList<QPair<QByteArray, QByteArray>> headers; // in order, as sent
+        Headers headers;   // in order, as sent
         QByteArray body;
 
         // The first header of that name (any case), or a null array.
         QByteArray header(const QByteArray &name) const;
         // The path without its query.
-        QByteArray pathOnly() const;
+        QByteArray pathOnly() const { return path.split('?').first(); }
     };
 
     struct Answer
     {
-        QByteArray bytes;       // everything to send, status line included
-        QList<qint64> cuts;     // byte offsets where a new piece begins
-        QList<int> delays;      // delay in ms before each piece (index 0: the first)
-        bool silent = false;    // send nothing, keep the connection open
-        bool keepAlive = false; // keep the connection open after the answer
-        bool reset = false;     // end with a reset (RST) instead of a close
+        QByteArray bytes = {};   // everything to send, status line included
+        QList<qint64> cuts = {}; // byte offsets where a new piece begins, in order
+        int firstDelay = 0;      // ms before the first piece
+        int delay = 0;           // ms before each later piece
+        bool silent = false;     // send nothing, keep the connection open
+        bool keepAlive = false;  // keep the connection open after the answer
+        bool reset = false;      // end with a reset (RST) instead of a close
 
         // "HTTP/1.1 <code> <reason>", the headers exactly in the given order,
         // an empty line and the body. Nothing is added.
-        static Answer http(int code, const QByteArray &reason,
-                           const QList<QPair<QByteArray, QByteArray>> &headers,
+        static Answer http(int code, const QByteArray &reason, const Headers &headers,
                            const QByteArray &body = QByteArray());
-        // 200 OK with Content-Length, Content-Type and Connection: close.
+        // The status, the headers, Content-Length, Connection: close and the body.
+        static Answer sized(int code, const QByteArray &reason, const Headers &headers,
+                            const QByteArray &body);
+        // 200 OK with Content-Type, Content-Length and Connection: close.
         static Answer ok(const QByteArray &body,
-                         const QByteArray &contentType = "application/octet-stream");
+                         const QByteArray &contentType = "application/octet-stream")
+        {
+            return sized(200, "OK", {{"Content-Type", contentType}}, body);
+        }
         // A status other than 200 with a short HTML body.
         static Answer status(int code, const QByteArray &reason,
-                             const QByteArray &body = "<html>error</html>");
+                             const QByteArray &body = "<html>error</html>")
+        {
+            return sized(code, reason, {{"Content-Type", "text/html"}}, body);
+        }
         // 302 Found or 303 See Other (any code) with a Location line.
         static Answer redirect(int code, const QString &location);
-        static Answer raw(const QByteArray &bytes);
-        static Answer silence();
+        static Answer raw(const QByteArray &bytes) { return {.bytes = bytes}; }
+        static Answer silence() { return {.silent = true}; }
         // A connection reset before any answer.
-        static Answer connectionReset();
+        static Answer connectionReset() { return {.reset = true}; }
 
         // Sends the header (up to and with the empty line) and the body as
         // two pieces, `delayMs` apart.
@@ -95,20 +107,20 @@ public:
     explicit TestServer(QObject *parent = nullptr);
     ~TestServer() override;
 
-    bool listen(); // 127.0.0.1, a free port
-    quint16 port() const;
-    QString hostPort() const;               // "127.0.0.1:<port>"
-    QString url(const QString &path) const; // "http://127.0.0.1:<port><path>"
+    bool listen() { return m_server.listen(QHostAddress::LocalHost, 0); } // a free port
+    quint16 port() const { return m_server.serverPort(); }
+    QString hostPort() const { return QStringLiteral("127.0.0.1:%1").arg(port()); }
+    QString url(const QString &path) const { return "http://" + hostPort() + path; }
 
     // The answer to every request for `path`.
-    void setAnswer(const QByteArray &path, const Answer &answer);
+    void setAnswer(const QByteArray &path, const Answer &answer) { setAnswers(path, {answer}); }
     // Successive requests for `path` get these answers in turn; the last one
     // stays for any further request.
     void setAnswers(const QByteArray &path, const QList<Answer> &answers);
-    void setHandler(Handler handler);
-    // Answers every request for `path` (with its query first, then without)
-    // that the table doesn't answer.
-    void setRoute(const QByteArray &path, Handler handler);
+    // Answers every request for `path` by calling `handler`.
+    void setRoute(const QByteArray &path, Handler handler) { m_table.insert(path, {handler}); }
+    // Answers the requests that nothing set for their path answers.
+    void setHandler(Handler handler) { m_handler = std::move(handler); }
 
     QList<Request> requests() const { return m_requests; }
     // Connections that the client closed, or that failed on its side.
@@ -120,18 +132,21 @@ signals:
     void requestReceived(const TestServer::Request &request);
 
 private:
+    struct Connection
+    {
+        QByteArray buffer; // what came and isn't a whole request yet
+        bool busy = false; // an answer is in progress: the next request waits
+    };
+
     void onNewConnection();
     void onReadyRead(QTcpSocket *socket);
-    void answer(QTcpSocket *socket, const Request &request);
-    void sendPiece(QTcpSocket *socket, Answer answer, int piece);
     Answer answerFor(const Request &request);
+    void sendPiece(QTcpSocket *socket, const Answer &answer, int piece, bool waited = false);
 
     QTcpServer m_server;
-    QHash<QByteArray, QList<Answer>> m_table;
+    QHash<QByteArray, QList<Handler>> m_table; // by path, answered in turn
     Handler m_handler;
-    QHash<QByteArray, Handler> m_routes;
     QList<Request> m_requests;
-    QHash<QTcpSocket *, QByteArray> m_buffers;
-    QHash<QTcpSocket *, bool> m_busy;
+    QHash<QTcpSocket *, Connection> m_connections;
     int m_closedByClient = 0;
 };
