@@ -3,16 +3,7 @@
 # AppStream metainfo there, then builds the Debian package and lists it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-need=()
-for p in desktop-file-utils appstream dpkg-dev file; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || need+=("$p")
-done
-if [ ${#need[@]} -gt 0 ]; then
-  SUDO=""
-  [ "$(id -u)" -ne 0 ] && SUDO="sudo"
-  $SUDO apt-get update
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends "${need[@]}"
-fi
+scripts/need.sh desktop-file-utils appstream dpkg-dev file
 scripts/setup.sh tessalwick tessalwick-send
 stage=build/stage
 rm -rf "$stage"
