@@ -4,7 +4,7 @@
 # ends it either way.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh tessalwick tessalwick-send
+scripts/setup.sh tessalwick tessalwick-send TessalwickDownloadManagerHelper browser-extension
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
   echo "No display: Tessalwick runs on a virtual screen (Xvfb) that you can't see."
   echo "Hand it links with build/tessalwick-send; press Ctrl+C to end it."

@@ -1,12 +1,18 @@
 #!/usr/bin/env bash
 # Installs what the build needs (only what is missing), then configures and
 # builds into build/: everything, or only the targets named (setup.sh tessalwick).
+# Without targets it also installs what the browser tests need: Debian's
+# chromium, node and npm, and puppeteer-core from tests/browser's lock file.
 # A second run installs nothing and rebuilds only what changed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(g++ cmake ninja-build pkg-config qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins
           libgl-dev curl xvfb xauth fonts-dejavu-core dbus-daemon)
+if [ $# -eq 0 ] || [ "${1:-}" = "--deps-only" ]; then
+  packages+=(chromium nodejs)
+  command -v npm >/dev/null || packages+=(npm)
+fi
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -19,6 +25,10 @@ if [ ${#missing[@]} -gt 0 ]; then
   DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends "${missing[@]}"
 fi
 
+if [ $# -eq 0 ] || [ "${1:-}" = "--deps-only" ]; then
+  [ -d tests/browser/node_modules/puppeteer-core ] ||
+    (cd tests/browser && npm ci --no-audit --no-fund)
+fi
 [ "${1:-}" = "--deps-only" ] && exit 0
 
 if [ ! -f build/build.ninja ]; then

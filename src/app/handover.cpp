@@ -4,10 +4,13 @@
 
 namespace HandOver {
 
-QByteArray frame(const QByteArray &text)
+QByteArray frame(const QByteArray &text, QSysInfo::Endian order)
 {
     QByteArray message(4, '\0');
-    qToBigEndian<quint32>(quint32(text.size()), message.data());
+    if (order == QSysInfo::BigEndian)
+        qToBigEndian<quint32>(quint32(text.size()), message.data());
+    else
+        qToLittleEndian<quint32>(quint32(text.size()), message.data());
     return message + text;
 }
 
@@ -25,8 +28,10 @@ Reader::State Reader::next(QByteArray *message)
 {
     if (buffered() < 4)
         return State::NeedMore;
-    const quint32 length = qFromBigEndian<quint32>(m_buffer.constData() + m_start);
-    if (length > kMaxLength)
+    const char *prefix = m_buffer.constData() + m_start;
+    const quint32 length = m_order == QSysInfo::BigEndian ? qFromBigEndian<quint32>(prefix)
+                                                          : qFromLittleEndian<quint32>(prefix);
+    if (length > m_maxLength)
         return State::TooLong;
     if (quint64(buffered() - 4) < length)
         return State::NeedMore;

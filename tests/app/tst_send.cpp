@@ -3,6 +3,7 @@
 // input, and the calls that fail.
 #include "app/cregister.h"
 #include "fakerapidshare.h"
+#include "intake/browsercapture.h"
 #include "programrun.h"
 #include "sandbox.h"
 
@@ -26,6 +27,27 @@ class TestSend : public QObject
         if (said)
             *said = sender.readAllStandardError();
         return sender.exitStatus() == QProcess::NormalExit ? sender.exitCode() : -2;
+    }
+    // Runs the native messaging host on framed texts, as a browser does;
+    // gives its exit code and its answers' "taken" and "error", one per text.
+    int native(const QStringList &texts, QStringList *answers, const QByteArray &tail = {})
+    {
+        QByteArray input;
+        for (const QString &text : texts)
+            input += HandOver::frame(R"({"text":")" + text.toUtf8() + R"("})", QSysInfo::ByteOrder);
+        QProcess host;
+        host.start(m_send, {"--native-messaging", "chrome-extension://x/"});
+        host.write(input + tail);
+        host.closeWriteChannel();
+        if (!QTest::qWaitFor([&] { return host.state() == QProcess::NotRunning; }, 30000))
+            return -1;
+        HandOver::Reader reader(QSysInfo::ByteOrder);
+        reader.append(host.readAllStandardOutput());
+        for (QByteArray answer; reader.next(&answer) == HandOver::Reader::State::Message;) {
+            const QJsonObject json = QJsonDocument::fromJson(answer).object();
+            *answers << (json["taken"].toBool() ? "taken" : json["error"].toString());
+        }
+        return host.exitCode();
     }
     QStringList links(const ProgramRun &program)
     {
@@ -55,7 +77,17 @@ private slots:
         QByteArray said;
         QCOMPARE(send({"http://rapidshare.com/files/1/a.zip"}, {}, &said), 1);
         QCOMPARE(said, "tessalwick-send: Tessalwick is not running; start it first.\n");
+        QStringList answers;
+        QCOMPARE(native({"http://hotfile.com/dl/6/f.rar"}, &answers), 0);
         QVERIFY(program.start());
+        // The browser's messages: a new tab's link (dropped), a chosen link,
+        // then a message cut off as the browser closes the pipe.
+        QCOMPARE(
+            native({":KELDOVARPINE:http://hotfile.com/dl/7/g.rar", "http://hotfile.com/dl/8/h.rar"},
+                   &answers, QByteArray("\x20\0\0\0{", 5)),
+            1);
+        QCOMPARE(answers,
+                 (QStringList{"Tessalwick is not running; start it first.", "taken", "taken"}));
         const QList<int> codes{
             send({"http://rapidshare.com/files/1/a.zip"}),
             send({"--tab", "http://hotfile.com/dl/2/b.rar"}),
@@ -69,10 +101,12 @@ private slots:
         QCOMPARE(codes, (QList<int>{0, 0, 0, 0, 0, 0, 2, 2}));
         QVERIFY(program.terminate());
         QCOMPARE(links(program), (QStringList{"1|http://rapidshare.com/files/1/a.zip|Waiting",
+                                              "7|http://hotfile.com/dl/8/h.rar|Waiting",
                                               "7|http://hotfile.com/dl/4/d.rar|Waiting",
                                               "7|http://hotfile.com/dl/5/e.rar|Waiting"}));
         const QStringList balloons = QString(program.log()).split('\n').filter("balloon");
         QCOMPARE(balloons, (QStringList{"balloon: [Tessalwick] 1 Link Added",
+                                        "balloon: [Tessalwick] 1 Link Added",
                                         "balloon: [Tessalwick] 2 Links Added"}));
     }
 
