@@ -13,17 +13,7 @@ if [ $# -eq 0 ] || [ "${1:-}" = "--deps-only" ]; then
   packages+=(chromium nodejs)
   command -v npm >/dev/null || packages+=(npm)
 fi
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  echo "Installing: ${missing[*]}"
-  SUDO=""
-  [ "$(id -u)" -ne 0 ] && SUDO="sudo"
-  $SUDO apt-get update
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends "${missing[@]}"
-fi
+scripts/need.sh "${packages[@]}"
 
 if [ $# -eq 0 ] || [ "${1:-}" = "--deps-only" ]; then
   [ -d tests/browser/node_modules/puppeteer-core ] ||

@@ -52,10 +52,8 @@ QRect twips(int left, int top, int width, int height)
 
 // The top of the window that drags it: 80 twips, about five pixels.
 constexpr int kDragBandTwips = 80;
-constexpr int kTitleStripHeight = 22;
 constexpr int kHeaderBottom = 80;
 
-const QColor kTitleStrip(231, 234, 238);
 const QColor kLinksBack(64, 64, 64);
 const QColor kGridBack(189, 189, 189);
 const QColor kGridBorder(104, 104, 104);
@@ -704,32 +702,7 @@ void MainWindow::paintEvent(QPaintEvent *)
     p.setRenderHint(QPainter::Antialiasing);
     const QRectF all = rect();
 
-    // Body.
-    QLinearGradient body(0, kHeaderBottom, 0, height());
-    body.setColorAt(0, QColor(96, 101, 108));
-    body.setColorAt(1, QColor(66, 70, 76));
-    p.fillRect(all, body);
-
-    // Header band under the title strip.
-    QLinearGradient band(0, kTitleStripHeight, 0, kHeaderBottom);
-    band.setColorAt(0, QColor(44, 62, 86));
-    band.setColorAt(1, QColor(30, 42, 60));
-    p.fillRect(QRectF(0, kTitleStripHeight, width(), kHeaderBottom - kTitleStripHeight), band);
-    p.setPen(QColor(251, 140, 60));
-    p.drawLine(QPointF(0, kHeaderBottom - 0.5), QPointF(width(), kHeaderBottom - 0.5));
-
-    // Title strip with the caption.
-    p.fillRect(QRectF(0, 0, width(), kTitleStripHeight), kTitleStrip);
-    p.setPen(QColor(180, 186, 194));
-    p.drawLine(QPointF(0, kTitleStripHeight - 0.5), QPointF(width(), kTitleStripHeight - 0.5));
-    windowIcon().paint(&p, QRect(6, 3, 16, 16));
-    QFont caption = font();
-    caption.setPixelSize(12);
-    caption.setBold(true);
-    p.setFont(caption);
-    p.setPen(QColor(50, 56, 64));
-    p.drawText(QRectF(28, 0, 300, kTitleStripHeight), Qt::AlignVCenter | Qt::AlignLeft,
-               windowTitle());
+    paintWindowSkin(p, *this, kHeaderBottom, true);
 
     // The program's name on the header band.
     QFont name = font();

@@ -37,27 +37,7 @@ void SkinDialog::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
     p.setRenderHint(QPainter::Antialiasing);
-    // The main window's body, header band, title strip and their lines.
-    QLinearGradient body(0, m_headerBottom, 0, height());
-    body.setColorAt(0, QColor(96, 101, 108));
-    body.setColorAt(1, QColor(66, 70, 76));
-    p.fillRect(rect(), body);
-    QLinearGradient band(0, kTitleStripHeight, 0, m_headerBottom);
-    band.setColorAt(0, QColor(44, 62, 86));
-    band.setColorAt(1, QColor(30, 42, 60));
-    p.fillRect(QRectF(0, kTitleStripHeight, width(), m_headerBottom - kTitleStripHeight), band);
-    p.setPen(QColor(251, 140, 60));
-    p.drawLine(QPointF(0, m_headerBottom - 0.5), QPointF(width(), m_headerBottom - 0.5));
-    p.fillRect(QRectF(0, 0, width(), kTitleStripHeight), QColor(231, 234, 238));
-    p.setPen(QColor(180, 186, 194));
-    p.drawLine(QPointF(0, kTitleStripHeight - 0.5), QPointF(width(), kTitleStripHeight - 0.5));
-    QFont caption = font();
-    caption.setPixelSize(12);
-    caption.setBold(true);
-    p.setFont(caption);
-    p.setPen(QColor(50, 56, 64));
-    p.drawText(QRectF(10, 0, 300, kTitleStripHeight), Qt::AlignVCenter | Qt::AlignLeft,
-               windowTitle());
+    paintWindowSkin(p, *this, m_headerBottom, false);
     p.setPen(QPen(QColor(40, 44, 50), 1));
     p.setBrush(QColor(80, 85, 92));
     for (const QRect &panel : m_panels)

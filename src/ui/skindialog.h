@@ -15,8 +15,6 @@ class SkinDialog : public QDialog
 {
     Q_OBJECT
 public:
-    static constexpr int kTitleStripHeight = 22;
-
     // `closeName` names the title strip's close button.
     SkinDialog(const QString &name, const QString &title, const QSize &size, int headerBottom,
                const QString &closeName, QWidget *parent);

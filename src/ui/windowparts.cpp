@@ -336,3 +336,31 @@ void LinkTextBox::focusOutEvent(QFocusEvent *event)
     if (text().count(u' ') == text().size())
         setText(LinkHint::lostFocusText());
 }
+
+void paintWindowSkin(QPainter &p, const QWidget &window, int headerBottom, bool withIcon)
+{
+    const qreal width = window.width();
+    QLinearGradient body(0, headerBottom, 0, window.height());
+    body.setColorAt(0, QColor(96, 101, 108));
+    body.setColorAt(1, QColor(66, 70, 76));
+    p.fillRect(window.rect(), body);
+    QLinearGradient band(0, kTitleStripHeight, 0, headerBottom);
+    band.setColorAt(0, QColor(44, 62, 86));
+    band.setColorAt(1, QColor(30, 42, 60));
+    p.fillRect(QRectF(0, kTitleStripHeight, width, headerBottom - kTitleStripHeight), band);
+    p.setPen(QColor(251, 140, 60));
+    p.drawLine(QPointF(0, headerBottom - 0.5), QPointF(width, headerBottom - 0.5));
+
+    p.fillRect(QRectF(0, 0, width, kTitleStripHeight), QColor(231, 234, 238));
+    p.setPen(QColor(180, 186, 194));
+    p.drawLine(QPointF(0, kTitleStripHeight - 0.5), QPointF(width, kTitleStripHeight - 0.5));
+    if (withIcon)
+        window.windowIcon().paint(&p, QRect(6, 3, 16, 16));
+    QFont caption = window.font();
+    caption.setPixelSize(12);
+    caption.setBold(true);
+    p.setFont(caption);
+    p.setPen(QColor(50, 56, 64));
+    p.drawText(QRectF(withIcon ? 28 : 10, 0, 300, kTitleStripHeight),
+               Qt::AlignVCenter | Qt::AlignLeft, window.windowTitle());
+}

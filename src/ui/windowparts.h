@@ -5,6 +5,14 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 
+class QPainter;
+
+// The look every window of the program shares, painted under its controls:
+// the body, the header band down to `headerBottom` with its orange line, and
+// the title strip with the window's icon (where `withIcon`) and title.
+constexpr int kTitleStripHeight = 22;
+void paintWindowSkin(QPainter &p, const QWidget &window, int headerBottom, bool withIcon);
+
 // A flat button painted in the window's own look: a back colour that turns to
 // the hover colour under the pointer and to the pressed colour while held, a
 // drawn glyph and an optional caption beneath it.
