@@ -1,52 +1,39 @@
-#include "failurematrix.h"
 #include "fakefilefactory.h"
 #include "fakefourshared.h"
-#include "recipeharness.h"
+#include "recipetest.h"
 #include "resolvers/filefactory.h"
 #include "resolvers/fourshared.h"
-#include "sandbox.h"
-#include "system/logicaltimer.h"
-
-#include <QtTest>
 
 namespace {
 
 constexpr int k4S = Sites::FourShared;
 constexpr int kFF = Sites::FileFactory;
-using Step = FailureMatrix::Step;
 const QString kBusy = "<p>Server busy.</p>";
 
 // The requests of each recipe for the first of its matrix's links, with the
-// site's own pages that end a run there.
-QList<Step> fourSharedSteps()
+// site's own pages that end a run there. At 4Shared's a bad status leaves
+// the queue on the row.
+QList<FailureMatrix::Step> steps()
 {
-    // A bad status leaves the queue on the row.
-    return {Step{
-        .name = "page",
-        .path = FakeFourShared::getPath("2001", "bad.bin"),
-        .badStatusNextLink = false,
-        .pages = {{"not valid", "The file link that you requested is not valid.", "Not Found|0|"},
-                  {"twice without seconds", kBusy, "Error|0|"},
+    using Step = FailureMatrix::Step;
+    const QString far(33000, '-'); // what follows stands behind position 32,767
+    const QString error = "Error|0|", gone = "Not Found|0|";
+    return {Step(k4S, "page", FakeFourShared::getPath("2001", "bad.bin"),
+                 {{"not valid", "The file link that you requested is not valid.", gone},
+                  {"twice without seconds", kBusy, error},
                   {"no countdown", "Wait 40 seconds.", "Starting...|0|", false},
                   {"no address", FakeFourShared::downloadPage("", "20"), "ERROR|0|", false},
-                  {"no link text", "<b>20</b> seconds...<a href='/x'>Sign up</a>", "Error|0|"}}}};
-}
-
-QList<Step> fileFactorySteps()
-{
-    const QString far(33000, '-'); // what follows stands behind position 32,767
-    return {Step{.name = "page",
-                 .path = FakeFileFactory::linkPath("2001", "bad.bin"),
-                 .pages = {{"gone", FakeFileFactory::gonePage, "Not Found|0|"},
-                           {"gone, far down", far + FakeFileFactory::gonePage, "Not Found|0|"},
-                           {"no link on the button", "alt=\"Download Now\"", "Not Found|0|"},
-                           {"button far down", far + FakeFileFactory::firstPage("dlf/2001"),
-                            "Connection Error|0|"}}},
-            Step{.name = "button page",
-                 .path = FakeFileFactory::buttonPath("2001"),
-                 .pages = {{"no download link", "<p>Nothing here</p>", "Error|0|", false},
-                           {"countdown cut off", "downloadLink href=\"h/f\" countdown\">9",
-                            "Error|0|"}}}};
+                  {"no link text", "<b>20</b> seconds...<a href='/x'>Sign up</a>", error}},
+                 StatusText::ConnectionError, false),
+            Step(kFF, "page", FakeFileFactory::linkPath("2001", "bad.bin"),
+                 {{"gone", FakeFileFactory::gonePage, gone},
+                  {"gone, far down", far + FakeFileFactory::gonePage, gone},
+                  {"no link on the button", "alt=\"Download Now\"", gone},
+                  {"button far down", far + FakeFileFactory::firstPage("dlf/2001"),
+                   "Connection Error|0|"}}),
+            Step(kFF, "button page", FakeFileFactory::buttonPath("2001"),
+                 {{"no download link", "<p>Nothing here</p>", error, false},
+                  {"countdown cut off", "downloadLink href=\"h/f\" countdown\">9", error}})};
 }
 
 } // namespace
@@ -54,30 +41,47 @@ QList<Step> fileFactorySteps()
 class TestFourSharedFileFactory : public QObject
 {
     Q_OBJECT
+    Sandbox m_sandbox;
 private slots:
-    void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
     void init() { RecipeHarness::setPeriods(5, 20000); }
 
-    // The folder is "/dl" throughout.
-    void fourSharedPage_data()
+    // 4Shared's download page, and FileFactory's for a link ending in
+    // "/a,b.zip" and the row's DirectURL before; the folder is "/dl".
+    void reading_data()
     {
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("reading");
-        const QString tail =
+        const QString fourTail =
             " Seconds; WaitTimeInSec=%1; LocalFilePath=/dl; ready => countdown 1000";
-        QTest::newRow("word for a wait, no tsid: no name")
-            << FakeFourShared::downloadPage("s/f", "soon")
-            << "DirectURL=s/f; Status=Wait 45" + tail.arg(45);
-        QTest::newRow("any case, tsid without a slash: no name")
-            << "<B>3</B> SECONDS...<a href='f?tsid=1'>CLICK HERE TO DOWNLOAD THIS FILE"
-            << "DirectURL=f?tsid=1; Status=Wait 3" + tail.arg(3);
+        ReadingRows row("4shared");
+        row("word for a wait, no tsid: no name", FakeFourShared::downloadPage("s/f", "soon"),
+            "DirectURL=s/f; Status=Wait 45" + fourTail.arg(45));
+        row("any case, tsid without a slash: no name",
+            "<B>3</B> SECONDS...<a href='f?tsid=1'>CLICK HERE TO DOWNLOAD THIS FILE",
+            "DirectURL=f?tsid=1; Status=Wait 3" + fourTail.arg(3));
+
+        const QString tail = "LocalFilePath=/dl; Status=Wait %1 Seconds; WaitTimeInSec=%1; ready "
+                             "=> countdown 1000";
+        row.reader = "filefactory";
+        row("try later", FakeFileFactory::tryLaterPage,
+            "Status=Wait 5 Minutes; WaitTimeInSec=300; not ready => countdown 1000");
+        row("no link: the row's address, no countdown", "<p>x</p>",
+            "LocalFile=x.bin; " + tail.arg(30), "h/x.bin");
+        row("address ending in a slash", FakeFileFactory::downloadPage("h/d/", "1"),
+            "DirectURL=h/d/; LocalFile=; " + tail.arg(1));
+        row("quote looked for two places in, colon in the countdown",
+            "downloadLink href=\"a\">go class=\"c\" countdown\">0:30</",
+            "DirectURL=a\">go class=; LocalFile=ab.zip; " + tail.arg(30));
     }
-    void fourSharedPage()
+
+    void reading()
     {
-        QFETCH(QString, page);
-        QFETCH(QString, reading);
-        QCOMPARE(FourSharedRecipe::readDownloadPage(page, "/dl").value_or(Reading()).toString(),
-                 reading);
+        ReadingRows::check([](const QString &reader, const QString &page, const QString &direct) {
+            if (reader == "4shared")
+                return FourSharedRecipe::readDownloadPage(page, "/dl")
+                    .value_or(Reading())
+                    .toString();
+            return FileFactoryRecipe::readDownloadPage(page, "ff/a,b.zip", direct, "/dl")
+                .toString();
+        });
     }
 
     // The name as it stands; a page without a countdown is asked for once more.
@@ -94,10 +98,10 @@ private slots:
             FakeFourShared::getPath("1002", "two.bin"),
             {FakeSite::html(kBusy), FakeSite::html(FakeFourShared::downloadPage(two, "1"))});
 
-        h.queues->startDownloadLinks(k4S, true);
+        h.start(k4S);
         QTRY_COMPARE(h.statuses(k4S), (QStringList{"Complete", "Complete"}));
-        QCOMPARE(h.history(k4S, 0), (QStringList{"Waiting", "Starting...", "Wait 2 Seconds",
-                                                 "Wait 1 Seconds", "Connecting...", "Complete"}));
+        QCOMPARE(h.trail(k4S, 0),
+                 "Waiting,Starting...,Wait 2 Seconds,Wait 1 Seconds,Connecting...,Complete");
         QCOMPARE(h.fields(k4S, 0, {Field::LinkURL, Field::LocalFile}), link + "|a,b.zip");
         QCOMPARE(h.fileIn("4Shared Files/a,b.zip") + h.fileIn("4Shared Files/two.bin"),
                  QByteArray("firstsecond"));
@@ -113,46 +117,6 @@ private slots:
                  "4SHARED.COM/get/x/4shared.com/gets/y/file");
     }
 
-    void fourSharedFailures_data() { FailureMatrix::addRows(fourSharedSteps()); }
-    void fourSharedFailures()
-    {
-        FakeFourShared fake;
-        FailureMatrix::run(
-            k4S, fourSharedSteps(), fake,
-            {fake.addFile("2001", "bad.bin", "never"), fake.addFile("2002", "good.bin", "good")});
-    }
-
-    void fileFactoryPage_data()
-    {
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("direct");  // the row's DirectURL before
-        QTest::addColumn<QString>("reading"); // the link ends in "/a,b.zip", the folder is "/dl"
-        const QString tail = "LocalFilePath=/dl; Status=Wait %1 Seconds; WaitTimeInSec=%1; ready "
-                             "=> countdown 1000";
-        QTest::newRow("try later") << FakeFileFactory::tryLaterPage << ""
-                                   << "Status=Wait 5 Minutes; WaitTimeInSec=300; not ready => "
-                                      "countdown 1000";
-        QTest::newRow("no link: the row's address, no countdown")
-            << "<p>x</p>"
-            << "h/x.bin"
-            << "LocalFile=x.bin; " + tail.arg(30);
-        QTest::newRow("address ending in a slash")
-            << FakeFileFactory::downloadPage("h/d/", "1") << ""
-            << "DirectURL=h/d/; LocalFile=; " + tail.arg(1);
-        QTest::newRow("quote looked for two places in, colon in the countdown")
-            << "downloadLink href=\"a\">go class=\"c\" countdown\">0:30</"
-            << ""
-            << "DirectURL=a\">go class=; LocalFile=ab.zip; " + tail.arg(30);
-    }
-    void fileFactoryPage()
-    {
-        QFETCH(QString, page);
-        QFETCH(QString, direct);
-        QFETCH(QString, reading);
-        QCOMPARE(FileFactoryRecipe::readDownloadPage(page, "ff/a,b.zip", direct, "/dl").toString(),
-                 reading);
-    }
-
     // The name cleaned. No free slot and "try later" both wait five minutes,
     // the first a minute per tick (the test ticks it), the second a second
     // per tick; both rows then go to the transfer without an address.
@@ -166,10 +130,9 @@ private slots:
         site.page(site.linkPath("1002", "slots.bin"), FakeFileFactory::noSlotsPage);
         site.page(site.buttonPath("1003"), FakeFileFactory::tryLaterPage);
 
-        h.queues->startDownloadLinks(kFF, true);
+        h.start(kFF);
         QTRY_COMPARE(h.at(kFF, 1), QStringLiteral("Wait 5 Minutes"));
-        for (int tick = 0; tick < 5; ++tick)
-            emit h.queues->siteTimer(kFF)->timeout();
+        h.tick(kFF, 5);
         QTRY_COMPARE(h.statuses(kFF), (QStringList{"Complete", "Error", "Error"}));
         QCOMPARE(h.fileIn("report.zip"), QByteArray("first"));
         QCOMPARE(h.history(kFF, 1).mid(2, 2) + h.history(kFF, 2).mid(2, 2),
@@ -183,17 +146,17 @@ private slots:
                               "GET /get/1001/re,port.zip"}));
     }
 
-    void fileFactoryFailures_data() { FailureMatrix::addRows(fileFactorySteps()); }
-    void fileFactoryFailures()
+    void failures_data() { FailureMatrix::addRows(steps()); }
+    void failures()
     {
-        FakeFileFactory fake;
-        FailureMatrix::run(
-            kFF, fileFactorySteps(), fake,
-            {fake.addFile("2001", "bad.bin", "never"), fake.addFile("2002", "good.bin", "good")});
+        FakeFourShared four;
+        FakeFileFactory factory;
+        const QStringList fours{four.addFile("2001", "bad.bin", "never"),
+                                four.addFile("2002", "good.bin", "good")};
+        const QStringList factories{factory.addFile("2001", "bad.bin", "never"),
+                                    factory.addFile("2002", "good.bin", "good")};
+        FailureMatrix::run(steps(), {{k4S, &four, fours}, {kFF, &factory, factories}});
     }
-
-private:
-    std::unique_ptr<Sandbox> m_sandbox;
 };
 
 QTEST_GUILESS_MAIN(TestFourSharedFileFactory)

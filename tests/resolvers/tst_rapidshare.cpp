@@ -1,11 +1,6 @@
-#include "failurematrix.h"
 #include "fakerapidshare.h"
-#include "recipeharness.h"
+#include "recipetest.h"
 #include "resolvers/rapidshare.h"
-#include "sandbox.h"
-#include "system/logicaltimer.h"
-
-#include <QtTest>
 
 namespace {
 
@@ -15,44 +10,18 @@ constexpr int kSite = Sites::RapidShare;
 // the pages of the site's own that end a run there.
 QList<FailureMatrix::Step> steps()
 {
+    using Step = FailureMatrix::Step;
     const QString notFound = "Not Found|0|";
-    return {{.name = "page",
-             .path = FakeRapidShare::firstPath("21", "x.bin"),
-             .pages = {{"file gone", FakeRapidShare::goneFirstPage(), notFound},
-                       {"no form", FakeRapidShare::noFormPage(), "Connection Error|0|"}}},
-            {.name = "post",
-             .path = FakeRapidShare::postPath("21", "x.bin"),
-             .pages = {{"file gone", FakeRapidShare::goneErrorPage(),
-                        notFound + "The file could not be found, It may be deleted by the owner "
-                                   "or expired."},
-                       {"not understood", "minutes <h1>Error</h1>", "Error|0|"},
-                       {"wait minutes", FakeRapidShare::minutesErrorPage("3 "),
-                        "Wait 5 Minutes|300|", false}}}};
-}
-
-// What the recipe reads from a page: the link's own page where `link` is
-// null ("form|<action>", "gone|", "no form|" or "throws"), else the answer to
-// the post for that link. A made-up name's number reads "#", and the usual
-// end of a resolved row, the folder "/dl" and a wait of N seconds, "wait N".
-QString reading(const QString &page, const QString &link)
-{
-    if (link.isNull()) {
-        try {
-            const auto first = RapidShareRecipe::readFirstPage(page);
-            return QStringList{"gone", "no form", "form"}.at(int(first.kind)) + u'|' +
-                   first.formAddress;
-        } catch (const RuntimeFailure &) {
-            return QStringLiteral("throws");
-        }
-    }
-    static const QRegularExpression madeUp(QStringLiteral("^LocalFile=Rapid [0-9]{1,4};"));
-    static const QRegularExpression wait(
-        QStringLiteral("LocalFilePath=/dl; Status=Waiting; Status=Wait (\\d+) Seconds; "
-                       "WaitTimeInSec=\\1; ready => countdown 1000$"));
-    return RapidShareRecipe::readDownloadPage(page, link, "/dl")
-        .toString()
-        .replace(madeUp, QStringLiteral("LocalFile=Rapid #;"))
-        .replace(wait, QStringLiteral("wait \\1"));
+    return {Step(kSite, "page", FakeRapidShare::firstPath("21", "x.bin"),
+                 {{"file gone", FakeRapidShare::goneFirstPage(), notFound},
+                  {"no form", FakeRapidShare::noFormPage(), "Connection Error|0|"}}),
+            Step(kSite, "post", FakeRapidShare::postPath("21", "x.bin"),
+                 {{"file gone", FakeRapidShare::goneErrorPage(),
+                   notFound + "The file could not be found, It may be deleted by the owner "
+                              "or expired."},
+                  {"not understood", "minutes <h1>Error</h1>", "Error|0|"},
+                  {"wait minutes", FakeRapidShare::minutesErrorPage("3 "), "Wait 5 Minutes|300|",
+                   false}})};
 }
 
 } // namespace
@@ -60,45 +29,38 @@ QString reading(const QString &page, const QString &link)
 class TestRapidShare : public QObject
 {
     Q_OBJECT
+    Sandbox m_sandbox;
 private slots:
-
-    void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
     // Countdowns of a few milliseconds; the time-out and the minute timers
     // (the site's and the transfer's silence timer) far away.
     void init() { RecipeHarness::setPeriods(5, 20000); }
 
-    // The link's page, then the answer to the post. The site's pages that end
-    // a run (gone, no form, minutes, an error not understood) are the failure
-    // rows below, end to end; its usual pages are read in the links' run.
+    // The link's page ("form|<action>", "gone|" or "no form|"), then the
+    // answer to the post for a link: a made-up name's number reads "#", and
+    // the usual end of a resolved row, the folder "/dl" and a wait of N
+    // seconds, "wait N". The site's pages that end a run (gone, no form,
+    // minutes, an error not understood) are the failure rows below, end to
+    // end; its usual pages are read in the links' run.
     void pages_data()
     {
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<QString>("result");
-        auto row = [](const char *name, const QString &page, const char *result,
-                      const QString &link = "http://rs.test/files/77/report.pdf.html") {
-            QTest::newRow(name) << page << link << QString(result);
-        };
-        auto first = [&](const char *name, const QString &page, const char *result) {
-            row(name, page, result, QString());
-        };
         const QString ff = "<form id=\"ff\" action=\"http://h/p\" method=\"post\">";
-        first("any case", "<FORM ID=\"FF\" ACTION=\"http://h/p\" METHOD=\"POST\">",
-              "form|http://h/p");
-        first("gone, two blanks", FakeRapidShare::goneFirstPage() + ff, "gone|");
-        first("one blank is no gone file",
-              "The file could not be found. Please check the download link." + ff,
-              "form|http://h/p");
-        first("other form", "<form id=\"gg\" action=\"x\" method=\"post\">", "no form|");
-        first("no action", "<form id=\"ff\" method=\"post\">", "no form|");
-        first("no method", "<form id=\"ff\" action=\"http://h/p\">", "no form|");
-        first("action before the form", "action=\"x\" <form id=\"ff\" method=\"post\">",
-              "no form|");
-        first("no blank before method loses a character",
-              "<form id=\"ff\" action=\"http://h/p\"method=\"post\">", "form|http://h/");
-        first("empty action glued to method fails", "<form id=\"ff\" action=\"\"method=\"post\">",
-              "throws");
+        ReadingRows row("first");
+        row("any case", "<FORM ID=\"FF\" ACTION=\"http://h/p\" METHOD=\"POST\">",
+            "form|http://h/p");
+        row("gone, two blanks", FakeRapidShare::goneFirstPage() + ff, "gone|");
+        row("one blank is no gone file",
+            "The file could not be found. Please check the download link." + ff, "form|http://h/p");
+        row("other form", "<form id=\"gg\" action=\"x\" method=\"post\">", "no form|");
+        row("no action", "<form id=\"ff\" method=\"post\">", "no form|");
+        row("no method", "<form id=\"ff\" action=\"http://h/p\">", "no form|");
+        row("action before the form", "action=\"x\" <form id=\"ff\" method=\"post\">", "no form|");
+        row("no blank before method loses a character",
+            "<form id=\"ff\" action=\"http://h/p\"method=\"post\">", "form|http://h/");
+        row("empty action glued to method fails", "<form id=\"ff\" action=\"\"method=\"post\">",
+            "fails");
 
+        row.reader = "post";
+        row.extra = "http://rs.test/files/77/report.pdf.html";
         row("no wait, any case in the markers",
             "<FORM NAME=\"DLF\" ACTION=\"http://h/F\">>|1.5 kb<",
             "DirectURL=http://h/F; LocalFile=report.pdf; FileSize=?; FileSize=1.5 KB; wait 0");
@@ -121,10 +83,21 @@ private slots:
 
     void pages()
     {
-        QFETCH(QString, page);
-        QFETCH(QString, link);
-        QFETCH(QString, result);
-        QCOMPARE(reading(page, link), result);
+        ReadingRows::check([](const QString &reader, const QString &page, const QString &link) {
+            if (reader == "first") {
+                const auto first = RapidShareRecipe::readFirstPage(page);
+                return QStringList{"gone", "no form", "form"}.at(int(first.kind)) + u'|' +
+                       first.formAddress;
+            }
+            static const QRegularExpression madeUp("^LocalFile=Rapid [0-9]{1,4};");
+            static const QRegularExpression wait(
+                "LocalFilePath=/dl; Status=Waiting; Status=Wait (\\d+) Seconds; "
+                "WaitTimeInSec=\\1; ready => countdown 1000$");
+            return RapidShareRecipe::readDownloadPage(page, link, "/dl")
+                .toString()
+                .replace(madeUp, "LocalFile=Rapid #;")
+                .replace(wait, "wait \\1");
+        });
     }
 
     // The frame's failures at each request, and the site's own pages.
@@ -132,8 +105,8 @@ private slots:
     void failures()
     {
         FakeRapidShare fake;
-        FailureMatrix::run(kSite, steps(), fake,
-                           {fake.addFile("21", "x.bin", "x"), fake.addFile("22", "y.bin", "y")});
+        const QStringList links{fake.addFile("21", "x.bin", "x"), fake.addFile("22", "y.bin", "y")};
+        FailureMatrix::run(steps(), {{kSite, &fake, links}});
     }
 
     // Three links. The first meets a wait of minutes while no link of the
@@ -165,17 +138,15 @@ private slots:
         site.server().setAnswer(FakeRapidShare::postPath("52", "b.bin"), minutes);
         QTimer::singleShot(50, [&] { h.queues->startDownloadLinks(other, true); });
 
-        h.queues->startDownloadLinks(kSite, true);
+        h.start(kSite);
         for (int row : {0, 1}) {
             QTRY_COMPARE(h.at(kSite, row), QStringLiteral("Wait 5 Minutes"));
-            for (int tick = 0; tick < 5; ++tick)
-                emit h.queues->siteTimer(kSite)->timeout();
+            h.tick(kSite, 5);
         }
         QTRY_COMPARE(h.overview(), "1:Complete,Error,Complete 4:Complete");
-        QCOMPARE(h.history(kSite, 0),
-                 (QStringList{"Waiting", "Starting...", "Wait 5 Minutes", "Wait 4 Minutes",
-                              "Wait 3 Minutes", "Wait 2 Minutes", "Wait 1 Minutes", "Waiting",
-                              "Wait 1 Seconds", "Connecting...", "Complete"}));
+        QCOMPARE(h.trail(kSite, 0), "Waiting,Starting...,Wait 5 Minutes,Wait 4 Minutes,Wait 3 "
+                                    "Minutes,Wait 2 Minutes,Wait 1 Minutes,Waiting,Wait 1 "
+                                    "Seconds,Connecting...,Complete");
         QCOMPARE(h.fields(kSite, 0,
                           {Field::LocalFilePath, Field::LocalFile, Field::DirectURL,
                            Field::FileSize, Field::IsDownloading}),
@@ -206,9 +177,6 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(RuntimeFailure, h.queues->startDownloadLinks(kSite, true));
         QCOMPARE(h.statuses(kSite), (QStringList{"Starting...", "Waiting"}));
     }
-
-private:
-    std::unique_ptr<Sandbox> m_sandbox;
 };
 
 QTEST_GUILESS_MAIN(TestRapidShare)

@@ -1,50 +1,38 @@
-#include "failurematrix.h"
 #include "fakemediafire.h"
 #include "fakeyoutube.h"
-#include "recipeharness.h"
+#include "recipetest.h"
 #include "resolvers/mediafire.h"
 #include "resolvers/youtube.h"
-#include "sandbox.h"
 
 #include <QRegularExpression>
-#include <QtTest>
 
 // YouTube and MediaFire: the two recipes that start the transfer themselves.
 namespace {
 
 constexpr int kTube = Sites::Youtube;
 constexpr int kFire = Sites::MediaFire;
-const QString kGone = "Not Found|0|";
-using Step = FailureMatrix::Step;
 
-QList<Step> tubeSteps()
+QList<FailureMatrix::Step> steps()
 {
-    return {Step{
-        .name = "watch page",
-        .path = FakeYoutube::watchPath("bad"),
-        .pages = {{"gone", "<p>The video you have requested is not available.</p>", kGone},
-                  {"malformed id", "The URL contained a malformed video ID", kGone},
+    using Step = FailureMatrix::Step;
+    const QString gone = "Not Found|0|", href = "href=\\\"http://\"+mL+";
+    return {Step(kTube, "watch page", FakeYoutube::watchPath("bad"),
+                 {{"gone", "<p>The video you have requested is not available.</p>", gone},
+                  {"malformed id", "The URL contained a malformed video ID", gone},
                   {"age gate", "To view this video or group, please verify you are 18 or older by",
                    "Login Required|0|"},
                   {"old browser", "Your browser is no longer supported", "Upgrade IE Browser|0|"},
                   {"no & behind &t=", "<p>&t=abc</p>", "Error|0|"},
-                  {"id without its closing quote", "&t=x& \"video_id\": \"v", "Error|0|"}}}};
-}
-
-QList<Step> fireSteps()
-{
-    const QString href = "href=\\\"http://\"+mL+";
-    return {Step{.name = "page",
-                 .path = FakeMediaFire::linkPath("bad"),
-                 .badStatusWord = StatusText::Error,
-                 .pages = {{"no marker", "<p>Eq()</p>", kGone},
-                           {"( too close to the marker", "Eo()(abcdef)", kGone}}},
-            Step{.name = "script",
-                 .path = FakeMediaFire::scriptPath("bad"),
-                 .badStatusWord = StatusText::Error,
-                 .pages = {{"no comment", "var mL='x'; function f() " + href + "\">", kGone},
-                           {"no link", "<!-- var mL='x'; function f()", kGone},
-                           {"link without its end", "<!-- function " + href, "Error|0|"}}}};
+                  {"id without its closing quote", "&t=x& \"video_id\": \"v", "Error|0|"}}),
+            Step(kFire, "page", FakeMediaFire::linkPath("bad"),
+                 {{"no marker", "<p>Eq()</p>", gone},
+                  {"( too close to the marker", "Eo()(abcdef)", gone}},
+                 StatusText::Error),
+            Step(kFire, "script", FakeMediaFire::scriptPath("bad"),
+                 {{"no comment", "var mL='x'; function f() " + href + "\">", gone},
+                  {"no link", "<!-- var mL='x'; function f()", gone},
+                  {"link without its end", "<!-- function " + href, "Error|0|"}},
+                 StatusText::Error)};
 }
 
 // A video file of 100 bytes, of which `sent` are sent before the line falls silent.
@@ -61,49 +49,73 @@ TestServer::Answer flv(int sent)
 class TestYoutubeMediaFire : public QObject
 {
     Q_OBJECT
+    Sandbox m_sandbox;
 private slots:
-    void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
     void init() { RecipeHarness::setPeriods(5, 20000); }
 
-    // The transfer a watch page gives, as "name|id&t=token" ("#": a random number).
-    void watchPage_data()
+    // YouTube's watch page ("#": a made-up number) and MediaFire's script
+    // (its declarations; the link is the column after).
+    void reading_data()
     {
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("result");
-        auto row = [](const char *name, const QString &page, const QString &result) {
-            QTest::newRow(name) << page << result;
+        ReadingRows row("watch");
+        // A watch page's reading as "name|id&t=token".
+        const auto tube = [&](const char *name, const QString &page, const QString &result) {
+            const QStringList parts = result.split('|');
+            row(name, page,
+                "LocalFile=" + parts[0] +
+                    ".flv; LocalFilePath=/dl; Status=Connecting...; "
+                    "DirectURL=http://yt/get_video?video_id=" +
+                    parts[1] + "&asv => transfer");
         };
-        row("no title", FakeYoutube::watchPage("v", "t", QString()), "Youtube #|v&t=t");
-        row("title on the last line", "\"video_id\": \"v\" &t=x& name=\"title\" content=\"T\"",
-            "Youtube #|v&t=x");
-        row("blanks trimmed, id glued to the colon",
-            "&t= x &\"video_id\":\" v\" \" name=\"title\"content=\"T\n", "T|v&t=x");
-        row("no &t=: the token from position 3", "ab cd&\"video_id\": \"v\"", "Youtube #|v&t=cd");
-        row("no &t=, & too early: no token", "a&\"video_id\": \"v\"", "Youtube #|v&t=");
+        const auto watch = FakeYoutube::watchPage;
+        tube("no title", watch("v", "t", QString()), "Youtube #|v&t=t");
+        tube("title on the last line", "\"video_id\": \"v\" &t=x& name=\"title\" content=\"T\"",
+             "Youtube #|v&t=x");
+        tube("blanks trimmed, id glued to the colon",
+             "&t= x &\"video_id\":\" v\" \" name=\"title\"content=\"T\n", "T|v&t=x");
+        tube("no &t=: the token from position 3", "ab cd&\"video_id\": \"v\"", "Youtube #|v&t=cd");
+        tube("no &t=, & too early: no token", "a&\"video_id\": \"v\"", "Youtube #|v&t=");
         // Escapes in any case; "+", what isn't two hex digits and an escaped
         // escape stay.
-        row("token unescaped", FakeYoutube::watchPage("v", "a%2Fb%3d+%41%zz%4%2541", "T"),
-            "T|v&t=a/b=+A%zz%4%41");
-        row("token of 1024", FakeYoutube::watchPage("v", QString(1024, 'a'), "T"),
-            "T|v&t=" + QString(1024, 'a'));
-        row("token of 1025: none", FakeYoutube::watchPage("v", QString("%41").repeated(1025), "T"),
-            "T|v&t=");
+        tube("token unescaped", watch("v", "a%2Fb%3d+%41%zz%4%2541", "T"), "T|v&t=a/b=+A%zz%4%41");
+        tube("token of 1024", watch("v", QString(1024, 'a'), "T"), "T|v&t=" + QString(1024, 'a'));
+        tube("token of 1025: none", watch("v", QString("%41").repeated(1025), "T"), "T|v&t=");
+
+        row.reader = "script";
+        row.extra = "http://mf/?abc";
+        const auto fire = [&](const char *name, const QStringList &script, const QString &file,
+                              const QString &direct, const QString &link = {}) {
+            row(name, FakeMediaFire::scriptPage(script),
+                "LocalFile=" + file + "; LocalFilePath=/dl; Status=Waiting; DirectURL=http://" +
+                    direct + " => transfer",
+                link);
+        };
+        fire("site's script", {"cb=A1b2C3d4E5f", "mL=s1", "mH=seg", "mY=a:b.zip"}, "ab.zip",
+             "s1/A1b2C3d4E5fg/seg/a:b.zip");
+        fire("two 11s: the later, whatever its name",
+             {"cb=A1b2C3d4E5f", "mL=s1", "mH=h2345678901", "mY=f"}, "f",
+             "s1/h2345678901g/h2345678901/f");
+        fire("no 11, no mH: gaps; split at \"var \" only", {"mL=s1", "mY=Var f"}, "Var f",
+             "s1/g//Var f");
+        fire("% in mY: the link's last segment", {"mL=s", "mY=my%20f.zip"}, "abcf.zip",
+             "s/g//my%20f.zip");
+        fire("% in mY, a link without /", {"mL=s", "mY=my%20f.zip"}, "k1", "s/g//my%20f.zip",
+             "?k1");
     }
-    void watchPage()
+    void reading()
     {
-        QFETCH(QString, page);
-        QFETCH(QString, result);
-        const QStringList parts = result.split('|');
-        QSet<QString> readings; // a random name differs from read to read
-        for (int i = 0; i < 20; ++i)
-            readings << YoutubeRecipe::readWatchPage(page, "yt", "/dl").toString();
-        static const QRegularExpression number("Youtube [0-9]{1,4}\\.flv");
-        QCOMPARE(QString(*readings.begin()).replace(number, "Youtube #.flv"),
-                 "LocalFile=" + parts[0] +
-                     ".flv; LocalFilePath=/dl; Status=Connecting...; "
-                     "DirectURL=http://yt/get_video?video_id=" +
-                     parts[1] + "&asv => transfer");
-        QCOMPARE(readings.size() > 1, result.contains('#'));
+        ReadingRows::check([](const QString &reader, const QString &page, const QString &link) {
+            if (reader == "script")
+                return MediaFireRecipe::readScriptPage(page, link, "/dl").toString();
+            // Twenty readings; where they differ, only in the made-up number.
+            static const QRegularExpression number("Youtube [0-9]{1,4}\\.flv");
+            QSet<QString> readings, seen;
+            for (int i = 0; i < 20; ++i)
+                readings << YoutubeRecipe::readWatchPage(page, "yt", "/dl").toString();
+            for (QString one : readings)
+                seen << (readings.size() > 1 ? one.replace(number, "Youtube #.flv") : one);
+            return QStringList(seen.begin(), seen.end()).join(u'\n');
+        });
     }
 
     // A title loses what the cleaning takes out; a video that falls silent at
@@ -117,10 +129,9 @@ private slots:
         h.add(kTube, site.addVideo("a1", "My: Video?", TestServer::Answer::ok(video)));
         h.add(kTube, site.addVideo("b2", QString(), flv(97)));
         RecipeHarness::setPeriods(5, 20000, 300);
-        h.queues->startDownloadLinks(kTube, true);
+        h.start(kTube);
         QTRY_COMPARE(h.statuses(kTube), (QStringList{"Complete", "Complete"}));
-        QCOMPARE(h.history(kTube, 0),
-                 (QStringList{"Waiting", "Starting...", "Connecting...", "Complete"}));
+        QCOMPARE(h.trail(kTube, 0), "Waiting,Starting...,Connecting...,Complete");
         QCOMPARE(h.fields(kTube, 0, {Field::LocalFile, Field::FileSize, Field::WaitTimeInSec}),
                  "My Video.flv|2.93 KB|0");
         QCOMPARE(h.fileIn("Youtube Files/My Video.flv"), video);
@@ -133,53 +144,11 @@ private slots:
         stopped.createSubDir = 1;
         stopped.add(kTube, site.addVideo("c3", "part", flv(40)));
         RecipeHarness::setPeriods(5, 20000, 60000);
-        stopped.queues->startDownloadLinks(kTube, true);
+        stopped.start(kTube);
         QTRY_COMPARE(stopped.at(kTube, 0), "40");
         stopped.queues->stopDownloads(kTube);
         QCOMPARE(stopped.statuses(kTube), QStringList{"Stopped(40%)"});
         QCOMPARE(stopped.fileIn("Youtube Files/part.flv"), QByteArray(40, 'x'));
-    }
-
-    void youtubeFailures_data() { FailureMatrix::addRows(tubeSteps()); }
-    void youtubeFailures()
-    {
-        FakeYoutube fake;
-        FailureMatrix::run(kTube, tubeSteps(), fake,
-                           {fake.addVideo("bad", "Bad", TestServer::Answer::ok("no")),
-                            fake.addVideo("good", "Good", TestServer::Answer::ok("good"))});
-    }
-
-    // The file's name and the address behind "http://".
-    void scriptPage_data()
-    {
-        QTest::addColumn<QStringList>("script");
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<QString>("result");
-        const QString link = "http://mf/?abc";
-        QTest::newRow("site's script")
-            << QStringList{"cb=A1b2C3d4E5f", "mL=s1", "mH=seg", "mY=a:b.zip"} << link
-            << "ab.zip|s1/A1b2C3d4E5fg/seg/a:b.zip";
-        QTest::newRow("two 11s: the later, whatever its name")
-            << QStringList{"cb=A1b2C3d4E5f", "mL=s1", "mH=h2345678901", "mY=f"} << link
-            << "f|s1/h2345678901g/h2345678901/f";
-        QTest::newRow("no 11, no mH: gaps; split at \"var \" only")
-            << QStringList{"mL=s1", "mY=Var f"} << link << "Var f|s1/g//Var f";
-        QTest::newRow("% in mY: the link's last segment")
-            << QStringList{"mL=s", "mY=my%20f.zip"} << link << "abcf.zip|s/g//my%20f.zip";
-        QTest::newRow("% in mY, a link without /") << QStringList{"mL=s", "mY=my%20f.zip"} << "?k1"
-                                                   << "k1|s/g//my%20f.zip";
-    }
-    void scriptPage()
-    {
-        QFETCH(QStringList, script);
-        QFETCH(QString, link);
-        QFETCH(QString, result);
-        const QStringList parts = result.split('|');
-        QCOMPARE(MediaFireRecipe::readScriptPage(FakeMediaFire::scriptPage(script), link, "/dl")
-                     .toString(),
-                 "LocalFile=" + parts[0] +
-                     "; LocalFilePath=/dl; Status=Waiting; DirectURL=http://" + parts[1] +
-                     " => transfer");
     }
 
     void mediaFireFiles()
@@ -188,27 +157,26 @@ private slots:
         RecipeHarness h({kFire});
         h.add(kFire, site.addFile("k1", "A1b2C3d4E5f", "report.pdf", "pdf"));
         h.add(kFire, site.addFile("k2", "Z9y8X7w6V5u", "b%20c.txt", "txt"));
-        h.queues->startDownloadLinks(kFire, true);
+        h.start(kFire);
         QTRY_COMPARE(h.statuses(kFire), (QStringList{"Complete", "Complete"}));
-        QCOMPARE(h.history(kFire, 0),
-                 (QStringList{"Waiting", "Starting...", "Waiting", "Complete"}));
+        QCOMPARE(h.trail(kFire, 0), "Waiting,Starting...,Waiting,Complete");
         QCOMPARE(h.fileIn("report.pdf") + h.fileIn("k2c.txt"), "pdftxt");
         // A link without "?" is its own key.
         QCOMPARE(MediaFireRecipe::scriptAddress("k1", "127.0.0.1:80"),
                  "http://127.0.0.1:80/dynamic/download.php?qk=k1");
     }
 
-    void mediaFireFailures_data() { FailureMatrix::addRows(fireSteps()); }
-    void mediaFireFailures()
+    void failures_data() { FailureMatrix::addRows(steps()); }
+    void failures()
     {
-        FakeMediaFire fake;
-        FailureMatrix::run(kFire, fireSteps(), fake,
-                           {fake.addFile("bad", "A1b2C3d4E5f", "bad.bin", "no"),
-                            fake.addFile("good", "A1b2C3d4E5f", "good.bin", "good")});
+        FakeYoutube tube;
+        FakeMediaFire fire;
+        const QStringList tubes{tube.addVideo("bad", "Bad", TestServer::Answer::ok("no")),
+                                tube.addVideo("good", "Good", TestServer::Answer::ok("good"))};
+        const QStringList fires{fire.addFile("bad", "A1b2C3d4E5f", "bad.bin", "no"),
+                                fire.addFile("good", "A1b2C3d4E5f", "good.bin", "good")};
+        FailureMatrix::run(steps(), {{kTube, &tube, tubes}, {kFire, &fire, fires}});
     }
-
-private:
-    std::unique_ptr<Sandbox> m_sandbox;
 };
 
 QTEST_GUILESS_MAIN(TestYoutubeMediaFire)

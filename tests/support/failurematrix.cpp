@@ -5,6 +5,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace FailureMatrix {
 
 namespace {
@@ -21,21 +23,28 @@ void addRows(const QList<Step> &steps)
         for (const Page &page : steps[s].pages)
             names << page.name;
         for (int fault = 0; fault < names.size(); ++fault)
-            QTest::newRow((steps[s].name + ": " + names[fault]).toUtf8().constData()) << s << fault;
+            QTest::addRow("%s %s: %s", Sites::site(steps[s].site).key, qPrintable(steps[s].name),
+                          qPrintable(names[fault]))
+                << s << fault;
     }
 }
 
-void run(int site, const QList<Step> &steps, FakeSite &fake, const QStringList &links)
+void run(const QList<Step> &steps, const QList<Served> &served)
 {
     QFETCH(int, step);
     QFETCH(int, fault);
     const Step &at = steps[step];
+    const int site = at.site;
+    const auto sited =
+        std::find_if(served.begin(), served.end(), [&](const Served &s) { return s.site == site; });
+    QVERIFY(sited != served.end());
+    FakeSite &fake = *sited->fake;
     // The countdown in milliseconds; the time-out short where it is the fault.
     RecipeHarness::setPeriods(5, fault == Silence ? 200 : 3600000);
 
     RecipeHarness h({site});
-    h.add(site, links.value(0));
-    h.add(site, links.value(1));
+    h.add(site, sited->links.value(0));
+    h.add(site, sited->links.value(1));
     using Answer = TestServer::Answer;
     const Answer answers[] = {Answer::status(404, "Not Found"), Answer::raw({}), Answer::silence(),
                               Answer::silence()};

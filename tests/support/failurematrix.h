@@ -12,13 +12,13 @@
 // until the shared time-out, and a stop while the request runs; and the pages
 // of its own that a step may meet, end to end. A recipe's test names its
 // request steps and what its recipe makes of a failure there, adds the rows
-// in its _data() function and runs each row:
+// in its _data() function and runs each row over its fakes:
 //
 //     void failures_data() { FailureMatrix::addRows(steps()); }
 //     void failures()
 //     {
 //         FakeRapidShare fake;
-//         FailureMatrix::run(Sites::RapidShare, steps(), fake, {fake.addFile(...), ...});
+//         FailureMatrix::run(steps(), {{Sites::RapidShare, &fake, {fake.addFile(...), ...}}});
 //     }
 namespace FailureMatrix {
 
@@ -34,22 +34,38 @@ struct Page
 
 struct Step
 {
+    Step(int siteNumber, const QString &stepName, const QByteArray &stepPath,
+         const QList<Page> &ownPages = {}, const QString &badWord = StatusText::ConnectionError,
+         bool badNextLink = true)
+        : site(siteNumber), name(stepName), path(stepPath), pages(ownPages), badStatusWord(badWord),
+          badStatusNextLink(badNextLink)
+    {
+    }
+    int site;
     QString name;
     QByteArray path; // the path the failing link's request goes to
+    QList<Page> pages;
     // What a status other than 200 (or none) leaves, and whether the queue
     // then goes on to the next link.
-    QString badStatusWord = StatusText::ConnectionError;
-    bool badStatusNextLink = true;
-    QList<Page> pages = {};
+    QString badStatusWord;
+    bool badStatusNextLink;
+};
+
+// A site's fake and two of its links: the first meets the faults, the second
+// is served in full.
+struct Served
+{
+    int site;
+    FakeSite *fake;
+    QStringList links;
 };
 
 // Columns "step" (index into the steps) and "fault", one row for each fault
 // and each page at each step.
 void addRows(const QList<Step> &steps);
-// Runs the current row against the site's real recipe over two links of the
-// site's fake: the first meets the fault at the step's path, the second is
-// served in full. Checks the first link's Status and WaitTimeInSec, and
+// Runs the current row against the step's site's real recipe over the links
+// served for that site. Checks the first link's Status and WaitTimeInSec, and
 // whether the second link started.
-void run(int site, const QList<Step> &steps, FakeSite &fake, const QStringList &links);
+void run(const QList<Step> &steps, const QList<Served> &served);
 
 } // namespace FailureMatrix

@@ -47,6 +47,12 @@ LinkRow *RecipeHarness::add(int site, const QString &link, const QString &status
     return added;
 }
 
+void RecipeHarness::tick(int site, int times)
+{
+    for (int i = 0; i < times; ++i)
+        emit queues->siteTimer(site)->timeout();
+}
+
 QStringList RecipeHarness::statuses(int site, Field field) const
 {
     QStringList result;

@@ -47,6 +47,12 @@ public:
     QString flags(int site) const { return statuses(site, Field::IsDownloading).join(QString()); }
     // Every Status the row has had since it was added, the first "Waiting" included.
     QStringList history(int site, int index) const { return m_history.value(row(site, index)); }
+    // The same as one text, "Waiting,Starting...,Complete".
+    QString trail(int site, int index) const { return history(site, index).join(u','); }
+
+    void start(int site) { queues->startDownloadLinks(site, true); }
+    // The site's countdown ticked `times` times, as its timer would.
+    void tick(int site, int times);
 
     // A view of the site as its recipe gets it, the cursor on the row at `index`.
     RecipeSite view(int site, int index = 0);
