@@ -17,53 +17,48 @@
 class TestHandOver : public QObject
 {
     Q_OBJECT
+    // A length prefix of `n`.
+    static QByteArray L(quint32 n)
+    {
+        QByteArray bytes(4, '\0');
+        qToBigEndian(n, bytes.data());
+        return bytes;
+    }
+
 private slots:
     void reader_data()
     {
-        // A byte stream cut into pieces ("|" between them; "L<n>" stands for
-        // a length prefix of n), and what the reader makes of it.
-        QTest::addColumn<QString>("pieces");
+        // A byte stream cut into pieces, and what the reader makes of it.
+        QTest::addColumn<QByteArrayList>("pieces");
         QTest::addColumn<QString>("read"); // texts; "!" for a message too long
-        auto row = [](const char *tag, const char *pieces, const char *read) {
-            QTest::newRow(tag) << QString(pieces) << QString(read);
+        auto row = [](const char *tag, const QByteArrayList &pieces, const char *read) {
+            QTest::newRow(tag) << pieces << QString(read);
         };
-        row("cut in the text", "L3a|bc", "abc");
-        row("two in one piece", "L1aL2bc", "a,bc");
-        row("empty text", "L0L1x", ",x");
-        row("longest allowed is waited for", "L16777216x", "");
-        row("taken out pieces make room", "L1a|L1b|L1c", "a,b,c");
-        row("longer is refused at once", "L16777217", "!");
+        row("cut in the text", {L(3) + "a", "bc"}, "abc");
+        row("two in one piece", {L(1) + "a" + L(2) + "bc"}, "a,bc");
+        row("empty text", {L(0) + L(1) + "x"}, ",x");
+        row("longest allowed is waited for", {L(16777216) + "x"}, "");
+        row("taken out pieces make room", {L(1) + "a", L(1) + "b", L(1) + "c"}, "a,b,c");
+        row("longer is refused at once", {L(16777217)}, "!");
     }
 
     void reader()
     {
-        QFETCH(QString, pieces);
+        QFETCH(QByteArrayList, pieces);
         QFETCH(QString, read);
         HandOver::Reader reader;
         QStringList texts;
-        for (const QString &piece : pieces.split(u'|')) {
-            QByteArray bytes;
-            qsizetype at = 0;
-            static const QRegularExpression prefix("L(\\d+)");
-            for (const auto &m : prefix.globalMatch(piece)) {
-                QByteArray length(4, '\0');
-                qToBigEndian<quint32>(m.captured(1).toUInt(), length.data());
-                bytes += piece.mid(at, m.capturedStart() - at).toUtf8() + length;
-                at = m.capturedEnd();
-            }
-            reader.append(bytes + piece.mid(at).toUtf8());
+        for (const QByteArray &piece : pieces) {
+            reader.append(piece);
             QByteArray text;
-            for (auto state = reader.next(&text); state != HandOver::Reader::State::NeedMore;
-                 state = reader.next(&text)) {
-                if (state == HandOver::Reader::State::TooLong) {
-                    texts << "!";
-                    break;
-                }
+            while (reader.next(&text) == HandOver::Reader::State::Message)
                 texts << QString::fromUtf8(text);
-            }
+            // A message too long stays refused.
+            if (reader.next(&text) == HandOver::Reader::State::TooLong)
+                texts << "!";
         }
         QCOMPARE(texts.join(u','), read);
-        QCOMPARE(HandOver::frame("abc"), QByteArray("\0\0\0\3abc", 7));
+        QCOMPARE(HandOver::frame("abc"), L(3) + "abc");
     }
 
     void server()

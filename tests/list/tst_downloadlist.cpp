@@ -14,31 +14,29 @@ private slots:
     // is a long LinkURL.)
     void fieldValues_data()
     {
-        QTest::addColumn<int>("field");
+        QTest::addColumn<Field>("field");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("stored");
-        auto row = [](const char *tag, Field field, const QString &text, const QString &stored) {
-            QTest::newRow(tag) << int(field) << text << stored;
-        };
-        row("FileSize 21", Field::FileSize, QString(21, 'x'), "");
-        row("LocalFilePath 255", Field::LocalFilePath, QString(255, 'x'), QString(255, 'x'));
-        row("LocalFilePath 256", Field::LocalFilePath, QString(256, 'x'), "");
-        row("number rounded", Field::CheckBox, " 2.5 ", "3");
-        row("not a number", Field::IsDownloading, "yes", "");
+        const QString x255(255, 'x');
+        QTest::newRow("FileSize 21") << Field::FileSize << QString(21, 'x') << QString();
+        QTest::newRow("LocalFilePath 255") << Field::LocalFilePath << x255 << x255;
+        QTest::newRow("LocalFilePath 256") << Field::LocalFilePath << x255 + 'x' << QString();
+        QTest::newRow("number rounded") << Field::CheckBox << QString(" 2.5 ") << QString("3");
+        QTest::newRow("not a number") << Field::IsDownloading << QString("yes") << QString();
     }
     void fieldValues()
     {
-        QFETCH(int, field);
+        QFETCH(Field, field);
         QFETCH(QString, text);
         QFETCH(QString, stored);
         DownloadList list;
         list.open();
         list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);
         RowCursor rows = list.getSiteRecords(7);
-        const QString before = rows.field(Field(field));
-        const bool written = ignoreFailure([&] { rows.setField(Field(field), text); });
+        const QString before = rows.field(field);
+        const bool written = ignoreFailure([&] { rows.setField(field, text); });
         QCOMPARE(written, !stored.isEmpty());
-        QCOMPARE(rows.field(Field(field)), written ? stored : before);
+        QCOMPARE(rows.field(field), written ? stored : before);
     }
 
     // Which links an opened list takes.

@@ -149,13 +149,11 @@ private slots:
     void damagedFiles()
     {
         QFETCH(QByteArray, content);
-        QFETCH(QString, told);
-        QFETCH(QString, kept);
         QFile file(m_path);
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         file.close();
-        QCOMPARE(load(), told);
-        QCOMPARE(rowsOf(m_list).join(' '), kept);
+        QTEST(load(), "told");
+        QTEST(rowsOf(m_list).join(' '), "kept");
         // The file itself is left as it was.
         QCOMPARE(readAll(m_path), content);
     }

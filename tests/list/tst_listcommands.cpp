@@ -101,25 +101,21 @@ private slots:
     {
         QFETCH(QString, command);
         QFETCH(QString, rows);
-        QFETCH(QString, after);
         QFETCH(int, messages);
         DownloadList list;
         fill(list, rows);
         FakePrompts prompts;
         FakeView view;
-        if (command == "up")
-            ListCommands::moveUp(list, &view);
-        else if (command == "down")
-            ListCommands::moveDown(list, &view);
-        else if (command == "remove")
-            ListCommands::removeSelected(list, &prompts, &view);
-        else if (command == "reset")
-            ListCommands::redownload(list, &view);
-        else if (command == "complete")
-            ListCommands::clearComplete(list);
-        else
-            ListCommands::clearError(list);
-        QCOMPARE(rowsOf(list), after);
+        const QHash<QString, std::function<void()>> run = {
+            {"up", [&] { ListCommands::moveUp(list, &view); }},
+            {"down", [&] { ListCommands::moveDown(list, &view); }},
+            {"remove", [&] { ListCommands::removeSelected(list, &prompts, &view); }},
+            {"reset", [&] { ListCommands::redownload(list, &view); }},
+            {"complete", [&] { ListCommands::clearComplete(list); }},
+            {"errors", [&] { ListCommands::clearError(list); }}};
+        QVERIFY(run.contains(command));
+        run[command]();
+        QTEST(rowsOf(list), "after");
         QCOMPARE(prompts.messages.size(), messages);
         for (const FakePrompts::Message &m : prompts.messages)
             QCOMPARE(m.text, "Can not delete item(s) in progrss. Stop first");

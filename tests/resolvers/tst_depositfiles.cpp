@@ -135,7 +135,7 @@ private slots:
                  "Waiting,Starting...,Wait 45 Seconds,Connecting...,Complete");
         QCOMPARE(h.fileIn("DepositFiles Files/report.pdf"), QByteArray("report"));
         QCOMPARE(h.fileIn("HotFile Files/a,b.bin"), QByteArray("first")); // not cleaned
-        QVERIFY(h.at(kDeposit, 0, Field::LinkURL).endsWith("/DE/files/11"));
+        QCOMPARE(h.at(kDeposit, 0, Field::LinkURL), deposit.url(QStringLiteral("/DE/files/11")));
         // Each "not yet" is a wait of 300 seconds that writes no Status of its
         // own, and ends in the same post.
         const QString seen = h.trail(kHot, 0);
@@ -143,17 +143,16 @@ private slots:
         QCOMPARE(seen.count("Wait 1 Seconds,Wait 5 Minutes,"), 2);
         QVERIFY(seen.endsWith("Wait 1 Seconds,Connecting...,Complete"));
         QStringList posts;
-        for (const auto &r : deposit.server().requests() + hot.server().requests()) {
+        for (const auto &r : deposit.server().requests() + hot.server().requests())
             if (r.method == "POST" && !r.path.startsWith("/post/"))
-                posts << r.method + ' ' + r.path + ' ' + r.header("Content-type") + '|' +
+                posts << r.path + ' ' + r.header("Content-type") + '|' +
                              r.header("Content-length") + '|' + r.header("Connection") + '|' +
                              r.body;
-        }
-        const QString deposited = " application/x-www-form-urlencoded|16|close|gateway_result=1",
-                      hotPost = "POST /dl/41 application/x-www-form-urlencoded|42|close|" +
-                                Hot::formBody("41");
-        QCOMPARE(posts, (QStringList{"POST /en/files/11" + deposited,
-                                     "POST /en/files/12" + deposited, hotPost, hotPost, hotPost}));
+        const QString form = " application/x-www-form-urlencoded|",
+                      deposited = form + "16|close|gateway_result=1",
+                      hotPost = "/dl/41" + form + "42|close|" + Hot::formBody("41");
+        QCOMPARE(posts, (QStringList{"/en/files/11" + deposited, "/en/files/12" + deposited,
+                                     hotPost, hotPost, hotPost}));
 
         // The long wait ends in the transfer, which has no address to go to.
         QCOMPARE(h.at(kDeposit, 1), "Wait 5 Minutes");

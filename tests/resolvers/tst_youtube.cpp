@@ -60,12 +60,10 @@ private slots:
         ReadingRows row("watch");
         // A watch page's reading as "name|id&t=token".
         const auto tube = [&](const char *name, const QString &page, const QString &result) {
-            const QStringList parts = result.split('|');
             row(name, page,
-                "LocalFile=" + parts[0] +
-                    ".flv; LocalFilePath=/dl; Status=Connecting...; "
-                    "DirectURL=http://yt/get_video?video_id=" +
-                    parts[1] + "&asv => transfer");
+                QString("LocalFile=%1.flv; LocalFilePath=/dl; Status=Connecting...; DirectURL="
+                        "http://yt/get_video?video_id=%2&asv => transfer")
+                    .arg(result.section('|', 0, 0), result.section('|', 1)));
         };
         const auto watch = FakeYoutube::watchPage;
         tube("no title", watch("v", "t", QString()), "Youtube #|v&t=t");

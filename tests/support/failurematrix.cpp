@@ -35,8 +35,7 @@ void run(const QList<Step> &steps, const QList<Served> &served)
     QFETCH(int, fault);
     const Step &at = steps[step];
     const int site = at.site;
-    const auto sited =
-        std::find_if(served.begin(), served.end(), [&](const Served &s) { return s.site == site; });
+    const auto sited = std::ranges::find(served, site, &Served::site);
     QVERIFY(sited != served.end());
     FakeSite &fake = *sited->fake;
     // The countdown in milliseconds; the time-out short where it is the fault.
@@ -49,10 +48,7 @@ void run(const QList<Step> &steps, const QList<Served> &served)
     const Answer answers[] = {Answer::status(404, "Not Found"), Answer::raw({}), Answer::silence(),
                               Answer::silence()};
     const Page *page = fault >= FirstPage ? &at.pages[fault - FirstPage] : nullptr;
-    if (page)
-        fake.page(at.path, page->page);
-    else
-        fake.server().setAnswer(at.path, answers[fault]);
+    fake.server().setAnswer(at.path, page ? FakeSite::html(page->page) : answers[fault]);
     if (fault == Stop) {
         QObject::connect(&fake.server(), &TestServer::requestReceived, &fake.server(),
                          [&](const TestServer::Request &r) {
@@ -61,31 +57,27 @@ void run(const QList<Step> &steps, const QList<Served> &served)
                          });
     }
 
-    h.queues->startDownloadLinks(site, true);
+    h.start(site);
+    // The first link's Status|WaitTimeInSec|ErrorDesc, and whether the second starts.
     const bool badStatus = fault == NotFound404 || fault == Closed;
     const QString word = fault == Stop ? StatusText::Stopped
                          : badStatus   ? at.badStatusWord
                                        : StatusText::ConnectionError;
-    if (!page) {
-        QVERIFY2(QTest::qWaitFor([&] { return h.at(site, 0) == word; }, 5000),
-                 qPrintable(h.history(site, 0).join(u',')));
-        QCOMPARE(h.at(site, 0, Field::WaitTimeInSec), QStringLiteral("0"));
-    }
+    const QString row = page ? page->row : word + "|0|";
     const bool next =
         page ? page->nextLink : fault == Silence || (badStatus && at.badStatusNextLink);
+    const auto first = [&] {
+        return h.fields(site, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc});
+    };
+    QVERIFY2(QTest::qWaitFor([&] { return first() == row; }, 5000),
+             qPrintable(h.trail(site, 0) + " / " + first()));
     if (next) {
         QVERIFY(QTest::qWaitFor([&] { return h.at(site, 1) != StatusText::Waiting; }, 5000));
     } else {
         QTest::qWait(50);
         QCOMPARE(h.at(site, 1), StatusText::Waiting);
     }
-    if (page) {
-        QCOMPARE(h.fields(site, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc}),
-                 page->row);
-        QCOMPARE(h.at(site, 1) != StatusText::Waiting, next);
-    } else {
-        QCOMPARE(h.at(site, 0), word);
-    }
+    QCOMPARE(first(), row);
 }
 
 } // namespace FailureMatrix

@@ -34,21 +34,14 @@ struct Page
 
 struct Step
 {
-    Step(int siteNumber, const QString &stepName, const QByteArray &stepPath,
-         const QList<Page> &ownPages = {}, const QString &badWord = StatusText::ConnectionError,
-         bool badNextLink = true)
-        : site(siteNumber), name(stepName), path(stepPath), pages(ownPages), badStatusWord(badWord),
-          badStatusNextLink(badNextLink)
-    {
-    }
     int site;
     QString name;
     QByteArray path; // the path the failing link's request goes to
-    QList<Page> pages;
+    QList<Page> pages = {};
     // What a status other than 200 (or none) leaves, and whether the queue
     // then goes on to the next link.
-    QString badStatusWord;
-    bool badStatusNextLink;
+    QString badStatusWord = StatusText::ConnectionError;
+    bool badStatusNextLink = true;
 };
 
 // A site's fake and two of its links: the first meets the faults, the second

@@ -15,13 +15,10 @@ public:
                     int waitSeconds = 60, const QString &language = QStringLiteral("en"))
     {
         const QByteArray filePath = "/file/" + (id + '/' + name).toLatin1();
-        const auto download = html(downloadPage(url(filePath), name, waitSeconds));
-        const auto gateway = html("<form method=\"post\"><input type=\"hidden\" "
-                                  "name=\"gateway_result\" value=\"1\"></form>");
-        server().setRoute(pagePath(id), [download, gateway](const TestServer::Request &request) {
-            return request.method == "POST" && request.body == "gateway_result=1" ? download
-                                                                                  : gateway;
-        });
+        route(pagePath(id),
+              html("<form method=\"post\"><input type=\"hidden\" name=\"gateway_result\" "
+                   "value=\"1\"></form>"),
+              html(downloadPage(url(filePath), name, waitSeconds)), "gateway_result=1");
         file(filePath, content);
         return url("/" + language + "/files/" + id);
     }
@@ -35,8 +32,7 @@ public:
                               "minute.</p><div id=\"download_url\"><form action=\"%2\" "
                               "method=\"get\"></form></div>\n<script>var c=%3;</script>Please "
                               "wait <span id=\"download_waiter_remain\">%3</span> seconds")
-            .arg(name, directUrl)
-            .arg(waitSeconds);
+            .arg(name, directUrl, QString::number(waitSeconds));
     }
     static inline const QString slotsBusyPage = "<p>We are sorry, but all downloading slots for "
                                                 "your country are busy. Try again in 3 minutes.";

@@ -20,10 +20,9 @@ public:
                     int waitSeconds = 1)
     {
         const QString direct = "/get/" + id + "/" + name;
-        page(linkPath(id, name), firstPage("dlf/" + id));
         page(buttonPath(id), downloadPage(url(direct), QString::number(waitSeconds)));
         file(direct.toLatin1(), content);
-        return url(linkPath(id, name));
+        return page(linkPath(id, name), firstPage("dlf/" + id));
     }
     static QByteArray linkPath(const QString &id, const QString &name)
     {

@@ -18,15 +18,11 @@ public:
                     const QString &waitMs = QStringLiteral("1000"), int notReady = 0)
     {
         const QByteArray filePath = "/get/" + (id + '/' + name).toLatin1();
-        const auto form = html(formPage(id, waitMs));
-        const auto onward = TestServer::Answer::redirect(307, url(postPath(id)));
-        server().setRoute(linkPath(id), [form, onward](const TestServer::Request &request) {
-            return request.method == "POST" ? onward : form;
-        });
         server().setAnswers(postPath(id), QList<TestServer::Answer>(notReady, html(disabledPage))
                                               << html(downloadPage(url(filePath))));
         file(filePath, content);
-        return url(linkPath(id));
+        return route(linkPath(id), html(formPage(id, waitMs)),
+                     TestServer::Answer::redirect(307, url(postPath(id))));
     }
     static QByteArray linkPath(const QString &id) { return "/dl/" + id.toLatin1(); }
     static QByteArray postPath(const QString &id) { return "/post/" + id.toLatin1(); }

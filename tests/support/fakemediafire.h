@@ -21,12 +21,12 @@ public:
                     const QByteArray &content)
     {
         const QString segment = "h7k2p" + key;
-        page(linkPath(key), "<script type=\"text/javascript\">Eo(); setTimeout(\"cu('dl')\", 100);"
-                            "</script>");
         page(scriptPath(key),
              scriptPage({"cb=" + eleven, "mL=" + hostPort(), "mH=" + segment, "mY=" + name}));
         file(("/" + eleven + "g/" + segment + "/" + name).toLatin1(), content);
-        return url(linkPath(key));
+        return page(
+            linkPath(key),
+            "<script type=\"text/javascript\">Eo(); setTimeout(\"cu('dl')\", 100);</script>");
     }
     static QByteArray linkPath(const QString &key) { return "/?" + key.toLatin1(); }
     static QByteArray scriptPath(const QString &key)

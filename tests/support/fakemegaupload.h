@@ -20,15 +20,11 @@ public:
         const QByteArray filePath = "/files/" + (id + '/' + name).toLatin1();
         const QByteArray picturePath = "/gencap.php?" + id.toLatin1() + ".gif";
         server().setAnswer(helperPath(id), TestServer::Answer::redirect(302, url(linkPath(id))));
-        // The page for a GET, the download page for the posted form.
-        const auto page = html(captchaPage(url(picturePath)));
-        const auto download = html(downloadPage(url(filePath), count));
-        server().setRoute(linkPath(id), [page, download](const TestServer::Request &r) {
-            return r.method == "POST" ? download : page;
-        });
         file(picturePath, picture());
         file(filePath, content);
-        return url(linkPath(id));
+        // The page for a GET, the download page for the posted form.
+        return route(linkPath(id), html(captchaPage(url(picturePath))),
+                     html(downloadPage(url(filePath), count)));
     }
     static QByteArray helperPath(const QString &id) { return "/mgr_dl.php?d=" + id.toLatin1(); }
     static QByteArray linkPath(const QString &id) { return "/?d=" + id.toLatin1(); }

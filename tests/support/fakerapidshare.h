@@ -21,19 +21,14 @@ public:
                     int waitSeconds = 0, const QString &sizeKb = QStringLiteral("123"))
     {
         const QByteArray cookie = "enc=" + id.toLatin1();
-        page(firstPath(id, name), filePage(url(postPath(id, name)), name), cookie);
         const auto download =
             html(downloadPage(url(filePath(id, name)), waitSeconds, sizeKb, name));
-        const auto noForm = html(noFormPage());
         server().setRoute(postPath(id, name), [=](const TestServer::Request &request) {
-            for (const QByteArray &sent : request.header("Cookie").split(';')) {
-                if (sent.trimmed() == cookie)
-                    return download;
-            }
-            return noForm;
+            const QByteArray sent = "; " + request.header("Cookie") + ';';
+            return sent.contains("; " + cookie + ';') ? download : html(noFormPage());
         });
         file(filePath(id, name), content);
-        return url(firstPath(id, name));
+        return page(firstPath(id, name), filePage(url(postPath(id, name)), name), cookie);
     }
 
     static QByteArray firstPath(const QString &id, const QString &name)
@@ -53,12 +48,11 @@ public:
     static QByteArray filePage(const QString &formAction, const QString &name)
     {
         return QStringLiteral(
-                   "<html><head><title>RapidShare: 1-CLICK Web hosting - %1</title></head>\n"
-                   "<body><div class=\"klappbox\">\n<h1>FILE DOWNLOAD</h1>\n"
-                   "<p class=\"downloadlink\">%1 <font>| 123 KB</font></p>\n"
-                   "<form id=\"ff\" action=\"%2\" method=\"post\">\n"
-                   "<input type=\"submit\" name=\"dl.start\" value=\"Free\" />\n"
-                   "</form></div></body></html>\n")
+                   "<html><head><title>RapidShare: 1-CLICK Web hosting - %1</title></head>\n<body>"
+                   "<div class=\"klappbox\">\n<h1>FILE DOWNLOAD</h1>\n<p class=\"downloadlink\">"
+                   "%1 <font>| 123 KB</font></p>\n<form id=\"ff\" action=\"%2\" method=\"post\">\n"
+                   "<input type=\"submit\" name=\"dl.start\" value=\"Free\" />\n</form></div>"
+                   "</body></html>\n")
             .arg(name, formAction)
             .toUtf8();
     }
@@ -72,9 +66,7 @@ public:
                    "setTimeout(\"fc()\", 1000); } }</script>\n<form name=\"dlf\" action=\"%4\" "
                    "method=\"post\">\n<input type=\"submit\" name=\"mirror\" value=\"Download\" "
                    "/>\n</form></div></body></html>\n")
-            .arg(name, sizeKb)
-            .arg(waitSeconds)
-            .arg(directUrl)
+            .arg(name, sizeKb, QString::number(waitSeconds), directUrl)
             .toUtf8();
     }
     // The link's page of a file that is gone.

@@ -40,13 +40,25 @@ public:
             headers.append({"Set-Cookie", setCookie + "; path=/"});
         return TestServer::Answer::sized(200, "OK", headers, page.toUtf8());
     }
-    void page(const QByteArray &path, const QString &body, const QByteArray &setCookie = {})
+    // Serves the page at `path` and gives its address.
+    QString page(const QByteArray &path, const QString &body, const QByteArray &setCookie = {})
     {
         m_server.setAnswer(path, html(body, setCookie));
+        return url(path);
     }
     void file(const QByteArray &path, const QByteArray &content)
     {
         m_server.setAnswer(path, TestServer::Answer::ok(content));
+    }
+    // `post` answers a POST at `path` (with exactly `body`, if one is given),
+    // `get` anything else; gives the address.
+    QString route(const QByteArray &path, const TestServer::Answer &get,
+                  const TestServer::Answer &post, const QByteArray &body = {})
+    {
+        m_server.setRoute(path, [=](const TestServer::Request &r) {
+            return r.method == "POST" && (body.isNull() || r.body == body) ? post : get;
+        });
+        return url(path);
     }
 
     // The requests so far, one "METHOD /path?query" each.

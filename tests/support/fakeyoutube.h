@@ -12,10 +12,9 @@ public:
     // Puts a video on the site and gives its link; `file` answers for the file.
     QString addVideo(const QString &id, const QString &title, const TestServer::Answer &file)
     {
-        page(watchPath(id), watchPage(id, "tk" + id + "%2B%3D", title));
         server().setAnswer(("/get_video?video_id=" + id + "&t=tk" + id + "+=&asv").toLatin1(),
                            file);
-        return url(watchPath(id));
+        return page(watchPath(id), watchPage(id, "tk" + id + "%2B%3D", title));
     }
     static QByteArray watchPath(const QString &id) { return "/watch?v=" + id.toLatin1(); }
     // The watch page; a null title leaves the title's meta tag out.

@@ -9,14 +9,11 @@ RecipeHarness::RecipeHarness(std::initializer_list<int> realRecipes)
     list.open();
     RecipeTable recipes;
     for (const Sites::Site &site : Sites::all()) {
-        const bool real = std::count(realRecipes.begin(), realRecipes.end(), site.number) > 0;
-        if (real && site.makeRecipe) {
-            recipes[site.number - 1] = site.makeRecipe();
-        } else {
-            auto standIn = std::make_unique<StandInRecipe>();
-            m_standIns[site.number - 1] = standIn.get();
-            recipes[site.number - 1] = std::move(standIn);
-        }
+        const int i = site.number - 1;
+        if (site.makeRecipe && std::ranges::count(realRecipes, site.number) > 0)
+            recipes[i] = site.makeRecipe();
+        else
+            recipes[i].reset(m_standIns[i] = new StandInRecipe);
     }
     queues = std::make_unique<SiteQueues>(list, &prompts, std::move(recipes));
     queues->setFolder({[this] { return folder(); }, [this] { return createSubDir; },

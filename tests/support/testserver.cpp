@@ -36,15 +36,9 @@ TestServer::Answer TestServer::Answer::sized(int code, const QByteArray &reason,
 
 TestServer::Answer TestServer::Answer::redirect(int code, const QString &location)
 {
-    const QByteArray reason = code == 303   ? "See Other"
-                              : code == 301 ? "Moved Permanently"
-                                            : "Found";
-    return http(code, reason,
-                {{"Location", location.toLatin1()},
-                 {"Content-Type", "text/html"},
-                 {"Content-Length", "17"},
-                 {"Connection", "close"}},
-                "<html>moved</html>");
+    return sized(code, code == 303 ? "See Other" : "Found",
+                 {{"Location", location.toLatin1()}, {"Content-Type", "text/html"}},
+                 "<html>moved</html>");
 }
 
 TestServer::Answer &TestServer::Answer::cutAfterHeader(int delayMs)

@@ -70,10 +70,9 @@ private slots:
     void names()
     {
         QFETCH(QString, path);
-        QFETCH(QString, parts);
-        QCOMPARE(FileFolder::parentFolderName(path) + '|' + FileFolder::baseName(path) + '|' +
-                     FileFolder::extensionName(path),
-                 parts);
+        QTEST(FileFolder::parentFolderName(path) + '|' + FileFolder::baseName(path) + '|' +
+                  FileFolder::extensionName(path),
+              "parts");
     }
 };
 

@@ -35,10 +35,9 @@ private slots:
         QFETCH(QString, button);
         QFETCH(QString, answer);
         QTemporaryDir dir;
-        const QString picture = dir.filePath("CAP.gif");
-        QFile file(picture);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(FakeMegaUpload::picture()) > 0);
-        file.close();
+        QFile picture(dir.filePath("CAP.gif"));
+        QVERIFY(picture.open(QIODevice::WriteOnly) && picture.write(FakeMegaUpload::picture()) > 0);
+        picture.close();
         QWidget window;
         window.show();
         WidgetPrompts prompts;
@@ -64,7 +63,7 @@ private slots:
             if (!button.isEmpty())
                 dialog->findChild<QAbstractButton *>(button)->click();
         });
-        const std::optional<QString> given = prompts.askCaptcha(picture);
+        const std::optional<QString> given = prompts.askCaptcha(picture.fileName());
 
         QCOMPARE(given.value_or("<none>"), answer);
         QVERIFY(ready && ticks > 0);

@@ -237,9 +237,12 @@ private slots:
     void gridRows()
     {
         QTreeView *grid = m->window.grid();
-        // Each site row: hidden (h), expanded (+) or collapsed (-).
+        // After a click on `button` if any, each site row: hidden (h),
+        // expanded (+) or collapsed (-).
         QStringList seen;
-        auto rows = [&] {
+        auto rows = [&](const char *button = nullptr) {
+            if (button)
+                click(button);
             QString s;
             for (int n = 1; n <= Sites::Count; ++n)
                 s += grid->isRowHidden(n - 1, {}) ? 'h' : "-+"[grid->isExpanded(site(n))];
@@ -257,14 +260,11 @@ private slots:
         rows();
         // Expand/collapse all: the first row alone decides, whatever state
         // the others are in.
-        click("cmdExpandCollapse");
-        rows();
+        rows("cmdExpandCollapse");
         grid->collapse(site(8));
-        click("cmdExpandCollapse");
-        rows();
+        rows("cmdExpandCollapse");
         grid->expand(site(8));
-        click("cmdExpandCollapse");
-        rows();
+        rows("cmdExpandCollapse");
         QCOMPARE(seen, (QStringList{"----h---", "----h---", "----h---", "++++h+++", "----h---",
                                     "++++h+++"}));
 
