@@ -138,22 +138,12 @@ private slots:
             FakePrompts prompts;
             QCOMPARE(::parseLinks(text, isCommand, list, &prompts), result);
             QTEST(rowsOf(list), "rows");
-            QStringList told, expected; // messages, then balloons, each with its look
-            for (const FakePrompts::Message &m : prompts.messages)
-                told << QString("message %1 %2 %3: %4")
-                            .arg(int(m.icon))
-                            .arg(int(m.buttons))
-                            .arg(m.title, m.text);
-            for (const FakePrompts::Balloon &b : prompts.balloons)
-                told << QString("balloon %1 %2 %3: %4")
-                            .arg(b.kind)
-                            .arg(b.milliseconds)
-                            .arg(b.title, b.text);
+            QStringList expected;
             if (result == -1 && !isCommand) // Exclamation, Ok
                 expected << "message 3 0 Tessalwick: No Supported links Found.";
             if (!balloon.isEmpty())
                 expected << "balloon 1 5000 Tessalwick: " + balloon;
-            QCOMPARE(told, expected);
+            QCOMPARE(prompts.told(), expected);
         }
     }
 

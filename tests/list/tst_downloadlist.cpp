@@ -72,11 +72,10 @@ private slots:
             QVERIFY_THROWS_EXCEPTION(RuntimeFailure, list.getSiteRecords(site));
             QVERIFY(!list.addLinkToList("rapidshare.com/files/1/a.zip", site, &prompts));
         }
-        QStringList told; // kind (1: information), time, title and text
-        for (const FakePrompts::Balloon &b : prompts.balloons)
-            told << QString("%1 %2 %3: %4").arg(b.kind).arg(b.milliseconds).arg(b.title, b.text);
-        QCOMPARE(told, QStringList(3, "1 3000 TessalwickDownloadManager: Can not Add link: "
-                                      "rapidshare.com/files/1/a.zip"));
+        // An information balloon for three seconds.
+        QCOMPARE(prompts.told(),
+                 QStringList(3, "balloon 1 3000 TessalwickDownloadManager: Can not Add link: "
+                                "rapidshare.com/files/1/a.zip"));
         QCOMPARE(rowsOf(list), (QStringList{"1|http://rapidshare.com/files/1/a.zip/",
                                             "1|http://rapidshare.com/files/1/a.zip",
                                             "1|rapidshare.com/files/2/b.zip",

@@ -146,13 +146,14 @@ private slots:
         core.clearList();
         QCOMPARE(rowsOf(core.list()), "");
         QCOMPARE(core.list().siteRowCount(), Sites::Count);
-        QStringList told;
-        for (const FakePrompts::Message &m : prompts.messages)
-            told << QString::number(int(m.icon)) + ' ' + m.text;
-        const QString ask = "2 Are you sure that you want to remove all items?";
-        QCOMPARE(told, (QStringList{"3 There is one download or more currently running, Please "
-                                    "Stop downloading first.",
-                                    ask, ask}));
+        const QString ask =
+            "message 2 2 Tessalwick: Are you sure that you want to remove all items?";
+        QCOMPARE(
+            prompts.told(),
+            (QStringList{
+                "message 3 0 Tessalwick: There is one download or more currently running, Please "
+                "Stop downloading first.",
+                ask, ask}));
     }
 };
 

@@ -1,3 +1,4 @@
+#include "datatable.h"
 #include "recipeharness.h"
 #include "resolvers/reading.h"
 #include "resolvers/resolverframe.h"
@@ -10,24 +11,10 @@
 #include <QTimer>
 #include <QtTest>
 
-#include <tuple>
-
 namespace {
 
 using Answer = TestServer::Answer;
 
-// A _data table of one column: each row's cells as a tuple, fetched whole.
-template <typename... T> struct Table
-{
-    using Row = std::tuple<T...>;
-    Table() { QTest::addColumn<Row>("row"); }
-    void operator()(const char *name, const T &...c) const { QTest::newRow(name) << Row(c...); }
-    static Row fetch()
-    {
-        QFETCH(Row, row);
-        return row;
-    }
-};
 // How a text is read, the text, what is looked for (a marker, a length, or
 // "open|close"), the start; what comes of it ("fails": a run-time failure).
 using Texts = Table<QString, QString, QString, int, QString>;

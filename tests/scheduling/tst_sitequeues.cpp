@@ -1,3 +1,4 @@
+#include "datatable.h"
 #include "recipeharness.h"
 #include "sandbox.h"
 #include "system/logicaltimer.h"
@@ -6,24 +7,10 @@
 
 #include <QtTest>
 
-#include <tuple>
-
 namespace {
 
 using Answer = TestServer::Answer;
 
-// A _data table of one column: each row's cells as a tuple, fetched whole.
-template <typename... T> struct Table
-{
-    using Row = std::tuple<T...>;
-    Table() { QTest::addColumn<Row>("row"); }
-    void operator()(const char *name, const T &...c) const { QTest::newRow(name) << Row(c...); }
-    static Row fetch()
-    {
-        QFETCH(Row, row);
-        return row;
-    }
-};
 // The rows' Status before, their IsDownloading flags before, the row chosen
 // (-1: the queue ran out; -2: nothing at all), the flags after.
 using Selections = Table<QString, QString, int, QString>;

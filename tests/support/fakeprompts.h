@@ -5,6 +5,7 @@
 #include <QList>
 #include <QQueue>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -59,6 +60,24 @@ public:
     {
         captchas.append(pictureFile);
         return captchaAnswers.isEmpty() ? std::nullopt : captchaAnswers.dequeue();
+    }
+
+    // Every message box, then every balloon, each with its look:
+    // "message <icon> <buttons> <title>: <text>", "balloon <kind> <ms> <title>: <text>".
+    QStringList told() const
+    {
+        QStringList all;
+        for (const Message &m : messages)
+            all << QString("message %1 %2 %3: %4")
+                       .arg(int(m.icon))
+                       .arg(int(m.buttons))
+                       .arg(m.title, m.text);
+        for (const Balloon &b : balloons)
+            all << QString("balloon %1 %2 %3: %4")
+                       .arg(b.kind)
+                       .arg(b.milliseconds)
+                       .arg(b.title, b.text);
+        return all;
     }
 
     QList<Message> messages;
