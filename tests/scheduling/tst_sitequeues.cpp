@@ -35,7 +35,7 @@ SiteContext &start(RecipeHarness &h, int site, int count = 1)
 {
     for (int i = 0; i < count; ++i)
         h.add(site, link(site, i));
-    h.queues->startDownloadLinks(site, true);
+    h.start(site);
     return h.context(site);
 }
 
@@ -111,11 +111,11 @@ private slots:
         const int busy = Sites::MegaUpload;
         h.add(busy, link(busy, 1));
         h.list.setField(h.row(busy, 0), Field::Status, "Complete");
-        h.queues->startDownloadLinks(busy, true);
+        h.start(busy);
         h.context(busy).cursor.setField(Field::Status, "Wait 40 Seconds");
         QVERIFY(h.queues->isAnyDownloading());
         h.context(busy).bStop = true;
-        h.queues->startDownloadLinks(busy, true);
+        h.start(busy);
         QVERIFY(!h.context(busy).bStop && h.ranOut.isEmpty());
         // Youtube alone has no countdown of its own.
         QVERIFY(!h.queues->siteTimer(Sites::Youtube) && h.queues->siteTimer(Sites::HotFile));
@@ -137,7 +137,7 @@ private slots:
                                "4:Starting... 5:Waiting 6:Starting... 7:Starting... 8:Starting...");
 
         // MediaFire's own start still works; stop-all then passes it by.
-        h.queues->startDownloadLinks(Sites::MediaFire, true);
+        h.start(Sites::MediaFire);
         h.queues->stopDownloadClicked();
         QCOMPARE(stopOrder, (QList<int>{4, 6, 8, 7, 3, 1, 2}));
         QCOMPARE(h.overview(), "1:Stopped 2:Stopped 3:Complete,Stopped 4:Stopped 5:Starting... "
@@ -179,7 +179,7 @@ private slots:
         // An edit among the passed rows is seen by the next walk.
         h.list.setField(h.row(site, 1), Field::Status, "Waiting");
         standIn.mode = StandInRecipe::Mode::Record;
-        h.queues->startDownloadLinks(site, true);
+        h.start(site);
         QCOMPARE(standIn.calls.last() + u'|' + h.at(site, 1), link(site, 1) + "|Starting...");
     }
 
@@ -203,11 +203,11 @@ private slots:
             QTimer::singleShot(20, [&, first = ++round == 1] {
                 h.queues->stopDownloads(site);
                 if (first)
-                    h.queues->startDownloadLinks(site, true);
+                    h.start(site);
             });
         });
 
-        h.queues->startDownloadLinks(site, true);
+        h.start(site);
         QCOMPARE(standIn.calls, (QStringList{link(site, 0), link(site, 0)}));
         QCOMPARE(standIn.maxDepth, 1);
         QCOMPARE(h.history(site, 0),
@@ -387,9 +387,8 @@ private slots:
         h.add(site, server.url("/big.bin"));
         h.add(site, server.url("/next.bin"));
         QSignalSpy stopped(ctx.downloader, &DownloadAsynch::stopped);
-        h.queues->startDownloadLinks(site, true);
-        if (counting)
-            emit ctx.timer->timeout();
+        h.start(site);
+        h.tick(site, counting ? 1 : 0);
         QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 0), shown, 10000);
         h.queues->stopDownloads(site);
         QCOMPARE(h.fields(site, 0,
@@ -405,7 +404,7 @@ private slots:
 
         // The next start begins at the first eligible row: the stopped one.
         standIn.mode = StandInRecipe::Mode::Record;
-        h.queues->startDownloadLinks(site, true);
+        h.start(site);
         QCOMPARE(standIn.calls, QStringList(2, server.url("/big.bin")));
     }
 
