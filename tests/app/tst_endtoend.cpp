@@ -4,6 +4,7 @@
 // alive, answers hand-overs and writes the row's words; an orderly end always
 // leaves the list whole.
 #include "app/cregister.h"
+#include "datatable.h"
 #include "fakedepositfiles.h"
 #include "fakefilefactory.h"
 #include "fakefourshared.h"
@@ -23,6 +24,11 @@
 #include <sys/resource.h>
 
 namespace {
+
+// What the file's address answers; the row's words at the end and its size,
+// what the file holds ("-" for no file), the setup (1 full disk, 2 read-only
+// folder).
+using Faults = Table<QByteArray, QString, QString, QByteArray, int>;
 
 QByteArray numbers(int count)
 {
@@ -123,11 +129,7 @@ void TestEndToEnd::allSites()
 // file's address answers whole, or with a network or disk fault.
 void TestEndToEnd::faults_data()
 {
-    QTest::addColumn<QByteArray>("answer");    // what the file's address answers
-    QTest::addColumn<QString>("status");       // the row's words at the end
-    QTest::addColumn<QString>("size");         // and its size
-    QTest::addColumn<QByteArray>("file");      // what the file holds, "-" for no file
-    QTest::addColumn<int>("setup");            // 1 full disk, 2 read-only folder
+    const Faults table;
     const QByteArray content = numbers(10000); // 48,890 bytes
     const QByteArray ok = "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n";
     const QByteArray header =
@@ -135,10 +137,9 @@ void TestEndToEnd::faults_data()
     const QByteArray half = content.left(content.size() / 2);
     const QByteArray notFound = "HTTP/1.1 404 Not Found\r\n\r\n<html>gone</html>";
     const QByteArray serverError = "HTTP/1.1 500 Internal Server Error\r\n\r\n<html>oops</html>";
-    auto row = [](const char *name, const QByteArray &answer, const QString &status,
-                  const QString &size, const QByteArray &file, int setup = 0) {
-        QTest::newRow(name) << answer << status << size << file << setup;
-    };
+    auto row = [&](const char *name, const QByteArray &answer, const QString &status,
+                   const QString &size, const QByteArray &file,
+                   int setup = 0) { table(name, answer, status, size, file, setup); };
     // The size the page told is replaced by the one the transfer reported;
     // a Content-Length in the header's last line is not read.
     row("whole", "raw:" + TestServer::Answer::ok(content).bytes, "Complete",
@@ -158,11 +159,7 @@ void TestEndToEnd::faults_data()
 
 void TestEndToEnd::faults()
 {
-    QFETCH(QByteArray, answer);
-    QFETCH(QString, status);
-    QFETCH(QString, size);
-    QFETCH(QByteArray, file);
-    QFETCH(int, setup);
+    const auto [answer, status, size, file, setup] = Faults::fetch();
     Sandbox sandbox;
     FakeRapidShare site;
     ProgramRun program(sandbox, "rapidshare=" + site.hostPort());

@@ -2,6 +2,7 @@
 // power-off when a queue runs out with the box ticked.
 #include "app/appcore.h"
 #include "app/power.h"
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "sandbox.h"
 #include "standin.h"
@@ -9,6 +10,10 @@
 #include <QtTest>
 
 namespace {
+
+// Whether the power-off box is ticked, whether another site has a row
+// downloading; the power-off requests made.
+using Shutdowns = Table<bool, bool, QStringList>;
 
 // Records each request and whether the list was on disk by then.
 struct RecordingPower : Power
@@ -29,19 +34,15 @@ class TestExit : public QObject
 private slots:
     void checkShutdown_data()
     {
-        QTest::addColumn<bool>("ticked");
-        QTest::addColumn<bool>("otherSiteRunning");
-        QTest::addColumn<QStringList>("calls");
-        QTest::newRow("ticked, two sites running") << true << true << QStringList{"8 saved"};
+        const Shutdowns row;
+        row("ticked, two sites running", true, true, {"8 saved"});
         // The last transfer of all never powers off.
-        QTest::newRow("ticked, one site running") << true << false << QStringList();
-        QTest::newRow("clear, two sites running") << false << true << QStringList();
+        row("ticked, one site running", true, false, {});
+        row("clear, two sites running", false, true, {});
     }
     void checkShutdown()
     {
-        QFETCH(bool, ticked);
-        QFETCH(bool, otherSiteRunning);
-        QFETCH(QStringList, calls);
+        const auto [ticked, otherSiteRunning, calls] = Shutdowns::fetch();
         Sandbox sandbox;
         FakePrompts prompts;
         AppCore core(&prompts);

@@ -1,6 +1,7 @@
 #include "app/appcore.h"
 #include "app/captureserver.h"
 #include "app/handover.h"
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "listrows.h"
 #include "sandbox.h"
@@ -24,16 +25,14 @@ class TestHandOver : public QObject
         qToBigEndian(n, bytes.data());
         return bytes;
     }
+    // A byte stream cut into pieces, and what the reader makes of it: the
+    // texts, "!" for a message too long.
+    using Reads = Table<QByteArrayList, QString>;
 
 private slots:
     void reader_data()
     {
-        // A byte stream cut into pieces, and what the reader makes of it.
-        QTest::addColumn<QByteArrayList>("pieces");
-        QTest::addColumn<QString>("read"); // texts; "!" for a message too long
-        auto row = [](const char *tag, const QByteArrayList &pieces, const char *read) {
-            QTest::newRow(tag) << pieces << QString(read);
-        };
+        const Reads row;
         row("cut in the text", {L(3) + "a", "bc"}, "abc");
         row("two in one piece", {L(1) + "a" + L(2) + "bc"}, "a,bc");
         row("empty text", {L(0) + L(1) + "x"}, ",x");
@@ -44,8 +43,7 @@ private slots:
 
     void reader()
     {
-        QFETCH(QByteArrayList, pieces);
-        QFETCH(QString, read);
+        const auto [pieces, read] = Reads::fetch();
         HandOver::Reader reader;
         QStringList texts;
         for (const QByteArray &piece : pieces) {

@@ -1,5 +1,6 @@
 #include "app/appcore.h"
 #include "app/cregister.h"
+#include "datatable.h"
 #include "sandbox.h"
 
 #include <QtTest>
@@ -11,24 +12,25 @@ class TestSettings : public QObject
     std::unique_ptr<Sandbox> m_sandbox;
     CRegister reg;
 
+    // A value written as "section|name|value", then read and deleted as
+    // "section|name" (empty: as written). `done` tells, in order: the write,
+    // the read ("none" for the default), the delete, and what the written
+    // name reads then. Last, the root key.
+    using Stores = Table<QString, QString, QString, quint32>;
+    // DownDir, CreatSubDir, StartAfterCatch, DoNothing as stored; the same
+    // after readSettings().
+    using Starts = Table<QStringList, QString>;
+
 private slots:
     void init() { m_sandbox = std::make_unique<Sandbox>(); }
     void cleanup() { m_sandbox.reset(); }
 
-    // A value written as "section|name|value", then read and deleted as
-    // "section|name" (empty: as written). `done` tells, in order: the write,
-    // the read ("none" for the default), the delete, and what the written
-    // name reads then.
     void store_data()
     {
-        QTest::addColumn<quint32>("root");
-        QTest::addColumn<QString>("written");
-        QTest::addColumn<QString>("read");
-        QTest::addColumn<QString>("done");
-        auto row = [](const char *tag, const QString &written, const QString &read,
-                      const QString &done, quint32 root = HKLM) {
-            QTest::newRow(tag) << root << written << read << done;
-        };
+        const Stores table;
+        auto row = [&](const char *tag, const QString &written, const QString &read,
+                       const QString &done,
+                       quint32 root = HKLM) { table(tag, written, read, done, root); };
         // One separator at each end of a section name is dropped, no more; a
         // name left with an empty part is no valid key.
         row("leading", "\\Soft\\App|Value|v", "Soft\\App|Value", "saved|v|deleted|none");
@@ -54,10 +56,7 @@ private slots:
     }
     void store()
     {
-        QFETCH(quint32, root);
-        QFETCH(QString, written);
-        QFETCH(QString, read);
-        QFETCH(QString, done);
+        const auto [written, read, done, root] = Stores::fetch();
         const QStringList w = written.split('|'), r = read.isEmpty() ? w : read.split('|');
         QStringList did{reg.regSaveSetting(root, w[0], w[1], w[2]) ? "saved" : "refused"};
         did << reg.regGetSetting(root, r[0], r[1], "none");
@@ -91,11 +90,7 @@ private slots:
     // Writing a choice back is tst_mainwindow's (checkBoxes, browseFolder).
     void readSettings_data()
     {
-        QTest::addColumn<QStringList>("stored"); // DownDir, CreatSubDir, StartAfterCatch, DoNothing
-        QTest::addColumn<QString>("read");       // the same after readSettings()
-        auto row = [](const char *tag, const QStringList &stored, const char *read) {
-            QTest::newRow(tag) << stored << QString(read);
-        };
+        const Starts row;
         row("defaults", {"", "", "", ""}, "~/Sharing Downloads|0|0|1");
         row("stored", {"/srv/dl", "1", "1", "False"}, "/srv/dl|1|1|0");
         row("words in any case", {"", "2", " TRUE ", "false"}, "~/Sharing Downloads|2|1|0");
@@ -106,8 +101,7 @@ private slots:
     }
     void readSettings()
     {
-        QFETCH(QStringList, stored);
-        QFETCH(QString, read);
+        const auto [stored, read] = Starts::fetch();
         const QStringList names{"DownDir", "CreatSubDir", "StartAfterCatch", "DoNothing"};
         for (int i = 0; i < names.size(); ++i)
             QVERIFY(Settings::save(names[i], stored[i]));

@@ -1,6 +1,7 @@
 // The native messaging host's framing and the extension's generated copy of
 // the recognition table.
 #include "app/appcore.h"
+#include "datatable.h"
 #include "intake/browsercapture.h"
 #include "intake/linkextraction.h"
 
@@ -11,6 +12,10 @@
 #include <QtTest>
 
 using BrowserCapture::NativeHost;
+
+// The input, fed in pieces of `cut` bytes (0: whole); the texts handed over,
+// the answers, and whether the input may end there.
+using Inputs = Table<QByteArray, int, QStringList, QStringList, bool>;
 
 class TestBrowserCapture : public QObject
 {
@@ -24,37 +29,28 @@ class TestBrowserCapture : public QObject
 private slots:
     void nativeHost_data()
     {
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<int>("cut");          // input fed in pieces of this size
-        QTest::addColumn<QStringList>("sent"); // texts handed over
-        QTest::addColumn<QStringList>("answers");
-        QTest::addColumn<bool>("between"); // input may end here
+        const Inputs row;
         const QString taken = R"({"taken":true})";
         const quint32 longest = BrowserCapture::kMaxMessage + 1; // in the machine's order
         const QByteArray tooLong(reinterpret_cast<const char *>(&longest), 4);
-        QTest::newRow("two in one piece")
-            << message(R"({"text":"a b"})") + message(R"({"text":"c"})") << 0
-            << QStringList{"a b", "c"} << QStringList{taken, taken} << true;
-        QTest::newRow("byte by byte")
-            << message(R"({"text":"é"})") << 1 << QStringList{"é"} << QStringList{taken} << true;
-        QTest::newRow("refused, no text, not JSON")
-            << message(R"({"text":"refuse"})") + message(R"({"link":"x"})") + message("[1") << 0
-            << QStringList{"refuse"}
-            << QStringList{R"({"error":"no instance","taken":false})",
-                           R"({"error":"not a message with a text","taken":false})",
-                           R"({"error":"not a message with a text","taken":false})"}
-            << true;
-        QTest::newRow("cut off") << message(R"({"text":"abc"})").chopped(2) << 3 << QStringList{}
-                                 << QStringList{} << false;
-        QTest::newRow("too long, nothing after it read")
-            << tooLong + message(R"({"text":"a"})") << 0 << QStringList{}
-            << QStringList{R"({"error":"message too long","taken":false})"} << false;
+        row("two in one piece", message(R"({"text":"a b"})") + message(R"({"text":"c"})"), 0,
+            {"a b", "c"}, {taken, taken}, true);
+        row("byte by byte", message(R"({"text":"é"})"), 1, {"é"}, {taken}, true);
+        row("refused, no text, not JSON",
+            message(R"({"text":"refuse"})") + message(R"({"link":"x"})") + message("[1"), 0,
+            {"refuse"},
+            {R"({"error":"no instance","taken":false})",
+             R"({"error":"not a message with a text","taken":false})",
+             R"({"error":"not a message with a text","taken":false})"},
+            true);
+        row("cut off", message(R"({"text":"abc"})").chopped(2), 3, {}, {}, false);
+        row("too long, nothing after it read", tooLong + message(R"({"text":"a"})"), 0, {},
+            {R"({"error":"message too long","taken":false})"}, false);
     }
 
     void nativeHost()
     {
-        QFETCH(QByteArray, input);
-        QFETCH(int, cut);
+        const auto [input, cut, handedOver, answered, between] = Inputs::fetch();
         QStringList sent;
         NativeHost host([&](const QString &text) {
             sent << text;
@@ -69,9 +65,9 @@ private slots:
         QStringList answers;
         for (QByteArray answer; reader.next(&answer) == HandOver::Reader::State::Message;)
             answers << QString::fromUtf8(answer);
-        QTEST(sent, "sent");
-        QTEST(answers, "answers");
-        QTEST(host.betweenMessages(), "between");
+        QCOMPARE(sent, handedOver);
+        QCOMPARE(answers, answered);
+        QCOMPARE(host.betweenMessages(), between);
         QCOMPARE(reader.buffered(), 0);
     }
 

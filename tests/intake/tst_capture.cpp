@@ -1,4 +1,5 @@
 #include "app/appcore.h"
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "intake/linkextraction.h"
 #include "listrows.h"
@@ -10,6 +11,11 @@ const QString kHotfile = QStringLiteral("http://hotfile.com/dl/3/abc/file.rar.ht
 const QString kRapid = QStringLiteral("http://rapidshare.com/files/4/x.zip");
 const QString kPrefix = QStringLiteral(":KELDOVARPINE:");
 
+// Whether the add button hands the text over (else the capture), the text, the
+// DoNothing switch; the list's rows after, and `told`: the message boxes,
+// balloons and list rebinds of both rounds.
+using HandOvers = Table<bool, QString, bool, QStringList, QList<int>>;
+
 // The parsing rules themselves are tst_linkextraction's; here only what the
 // capture and the add button hand over, and what follows.
 class TestCapture : public QObject
@@ -17,19 +23,10 @@ class TestCapture : public QObject
     Q_OBJECT
     Sandbox m_sandbox;
 private slots:
-    // Each text is handed over twice, by the capture or by the add button;
-    // `told` counts the message boxes, balloons and list rebinds of both.
+    // Each text is handed over twice, by the capture or by the add button.
     void handOver_data()
     {
-        QTest::addColumn<bool>("button");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("doNothing");
-        QTest::addColumn<QStringList>("rows");
-        QTest::addColumn<QList<int>>("told");
-        auto row = [](const char *name, bool button, const QString &text, bool doNothing,
-                      const QStringList &rows, const QList<int> &told) {
-            QTest::newRow(name) << button << text << doNothing << rows << told;
-        };
+        const HandOvers row;
         // A capture never asks with a message box; the second time adds
         // nothing, its links are in the list already.
         row("prefix in mixed case", false, ":KeldoVarPine:" + kRapid, false, {"1|" + kRapid},
@@ -51,10 +48,7 @@ private slots:
     }
     void handOver()
     {
-        QFETCH(bool, button);
-        QFETCH(QString, text);
-        QFETCH(bool, doNothing);
-        QFETCH(QList<int>, told);
+        const auto [button, text, doNothing, rows, told] = HandOvers::fetch();
         FakePrompts prompts;
         AppCore core(&prompts);
         core.setDoNothing(doNothing);
@@ -67,7 +61,7 @@ private slots:
             else
                 core.setCaptureText(text);
         }
-        QTEST(rowsOf(core.list()), "rows");
+        QCOMPARE(rowsOf(core.list()), rows);
         QCOMPARE((QList<int>{int(prompts.messages.size()), int(prompts.balloons.size()), rebinds}),
                  told);
         QVERIFY(!told[0] || prompts.messages[0].text == "No Supported links Found.");

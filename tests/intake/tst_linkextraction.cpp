@@ -1,3 +1,4 @@
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlist.h"
@@ -12,6 +13,11 @@ const QString kHintSentence = QStringLiteral(
     "Type or paste the sharing links, You can paste the whole web page and the program will "
     "extract the valid links.");
 
+// A word, the site it is (0: none), and the sites pointed at other hosts first.
+using Words = Table<QString, int, QString>;
+// A pasted text; parseLinks' result, the balloon, and the list's rows after.
+using Pastes = Table<QString, int, QString, QStringList>;
+
 class TestLinkExtraction : public QObject
 {
     Q_OBJECT
@@ -21,11 +27,9 @@ private slots:
 
     void classify_data()
     {
-        QTest::addColumn<QString>("word");
-        QTest::addColumn<int>("site");
-        QTest::addColumn<QString>("hosts"); // sites pointed at other hosts first
-        auto row = [](const char *name, const QString &word, int site, const char *hosts = "") {
-            QTest::newRow(name) << word << site << QString(hosts);
+        const Words table;
+        auto row = [&](const char *name, const QString &word, int site, const char *hosts = "") {
+            table(name, word, site, hosts);
         };
 
         // The sites that no other row takes.
@@ -80,22 +84,14 @@ private slots:
     }
     void classify()
     {
-        QFETCH(QString, word);
-        QFETCH(QString, hosts);
+        const auto [word, site, hosts] = Words::fetch();
         SiteHosts::instance().applyOverrides(hosts);
-        QTEST(classifyLink(word), "site");
+        QCOMPARE(classifyLink(word), site);
     }
 
     void parseLinks_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<QString>("balloon");
-        QTest::addColumn<QStringList>("rows");
-        auto row = [](const char *name, const QString &text, int result, const QString &balloon,
-                      const QStringList &rows) {
-            QTest::newRow(name) << text << result << balloon << rows;
-        };
+        const Pastes row;
         const QString rs = QStringLiteral("http://rapidshare.com/files/1/a.zip");
         const QString hf = QStringLiteral("http://hotfile.com/dl/2/b/c.rar.html");
 
@@ -128,16 +124,14 @@ private slots:
     }
     void parseLinks()
     {
-        QFETCH(QString, text);
-        QFETCH(int, result);
-        QFETCH(QString, balloon);
+        const auto [text, result, balloon, rows] = Pastes::fetch();
         // Only the user's own paste hears of no links.
         for (bool isCommand : {false, true}) {
             DownloadList list;
             list.open();
             FakePrompts prompts;
             QCOMPARE(::parseLinks(text, isCommand, list, &prompts), result);
-            QTEST(rowsOf(list), "rows");
+            QCOMPARE(rowsOf(list), rows);
             QStringList expected;
             if (result == -1 && !isCommand) // Exclamation, Ok
                 expected << "message 3 0 Tessalwick: No Supported links Found.";

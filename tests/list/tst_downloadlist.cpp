@@ -1,34 +1,33 @@
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "list/downloadlist.h"
 #include "listrows.h"
 
 #include <QtTest>
 
+// What a field stores of a text: the field, the text, what it stores; an empty
+// stored text means the write fails and the field keeps its value. (Status, 50
+// characters at most, is checked by the list file's tests, which read it into
+// the list, and so is a long LinkURL.)
+using FieldTexts = Table<Field, QString, QString>;
+
 class TestDownloadList : public QObject
 {
     Q_OBJECT
 private slots:
-    // What a field stores of a text; an empty "stored" means the write fails
-    // and the field keeps its value. (Status, 50 characters at most, is
-    // checked by the list file's tests, which read it into the list, and so
-    // is a long LinkURL.)
     void fieldValues_data()
     {
-        QTest::addColumn<Field>("field");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("stored");
+        const FieldTexts row;
         const QString x255(255, 'x');
-        QTest::newRow("FileSize 21") << Field::FileSize << QString(21, 'x') << QString();
-        QTest::newRow("LocalFilePath 255") << Field::LocalFilePath << x255 << x255;
-        QTest::newRow("LocalFilePath 256") << Field::LocalFilePath << x255 + 'x' << QString();
-        QTest::newRow("number rounded") << Field::CheckBox << QString(" 2.5 ") << QString("3");
-        QTest::newRow("not a number") << Field::IsDownloading << QString("yes") << QString();
+        row("FileSize 21", Field::FileSize, QString(21, 'x'), {});
+        row("LocalFilePath 255", Field::LocalFilePath, x255, x255);
+        row("LocalFilePath 256", Field::LocalFilePath, x255 + 'x', {});
+        row("number rounded", Field::CheckBox, " 2.5 ", "3");
+        row("not a number", Field::IsDownloading, "yes", {});
     }
     void fieldValues()
     {
-        QFETCH(Field, field);
-        QFETCH(QString, text);
-        QFETCH(QString, stored);
+        const auto [field, text, stored] = FieldTexts::fetch();
         DownloadList list;
         list.open();
         list.addLinkToList("hotfile.com/dl/1/x.rar", 7, nullptr);

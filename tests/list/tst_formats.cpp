@@ -1,8 +1,17 @@
+#include "datatable.h"
 #include "list/formats.h"
 
 #include <QtTest>
 
 namespace {
+// Each row names its function: the list's display texts "size"
+// (sizeToText, bytes in), "bytes" (textToSize, float out), "time"
+// (secondsToTimeText) and "clean" (cleanFileName); and "unique"
+// (uniqueLocalFileName) and "folder" (makeFolderPath), which work in a
+// fresh temporary folder, "%1", that holds `files` first. The cells: the
+// function, its input, the output expected and those files.
+using Cases = Table<QString, QString, QString, QString>;
+
 // Fills a folder from a blank-separated list: "x/" is a folder, "~x" an empty
 // file, "@x" a link to a file that doesn't exist, anything else a file with
 // data. False when one can't be made.
@@ -37,23 +46,15 @@ class TestFormats : public QObject
 {
     Q_OBJECT
 private slots:
-    // Each row names its function: the list's display texts "size"
-    // (sizeToText, bytes in), "bytes" (textToSize, float out), "time"
-    // (secondsToTimeText) and "clean" (cleanFileName); and "unique"
-    // (uniqueLocalFileName) and "folder" (makeFolderPath), which work in a
-    // fresh temporary folder, "%1", that holds `files` first.
     void formats_data()
     {
-        QTest::addColumn<QString>("function");
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<QString>("files");
+        const Cases table;
         const char *function = "size";
-        auto row = [&function](const QString &input, const char *output, const char *files = "") {
+        auto row = [&](const QString &input, const char *output, const char *files = "") {
             QByteArray tag = input.left(40).toUtf8().replace('\r', "\\r").replace('\n', "\\n");
-            QTest::addRow("%s(%s)%s%s", function, tag.replace('\t', "\\t").constData(),
-                          *files ? " in " : "", files)
-                << QString(function) << input << QString(output) << QString(files);
+            tag =
+                function + ('(' + tag.replace('\t', "\\t") + ')') + (*files ? " in " : "") + files;
+            table(tag.constData(), function, input, output, files);
         };
         row("1023", "1023 Bytes");
         row("1024", "1 KB");
@@ -126,10 +127,7 @@ private slots:
     }
     void formats()
     {
-        QFETCH(QString, function);
-        QFETCH(QString, input);
-        QFETCH(QString, output);
-        QFETCH(QString, files);
+        const auto [function, input, output, files] = Cases::fetch();
         QTemporaryDir dir; // made current, as relative paths land there
         QVERIFY(populate(dir, files));
         const QString savedCurrent = QDir::currentPath();

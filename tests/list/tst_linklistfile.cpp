@@ -1,3 +1,4 @@
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "list/downloadlist.h"
 #include "list/linklistfile.h"
@@ -10,6 +11,10 @@
 #include <sys/resource.h>
 
 namespace {
+// A file's content, the messages its load shows and the rows loaded, as
+// "site|link".
+using Damaged = Table<QByteArray, QString, QString>;
+
 // The message of a damaged file, as load() gives it: Critical (1), Ok (0).
 const QString kDamaged =
     QStringLiteral("1 0 LinkList.lq is corrupted, Last saved list will not be loaded|");
@@ -125,11 +130,7 @@ private slots:
 
     void damagedFiles_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("told");
-        QTest::addColumn<QString>("kept"); // the rows loaded, as "site|link"
-        auto row = [](const char *tag, const QByteArray &content, const QString &told,
-                      const char *kept) { QTest::newRow(tag) << content << told << QString(kept); };
+        const Damaged row;
         const QByteArray good = record("1", "r/1"), s50(50, 's'), s51(51, 's');
         // Five CR LF lines are too few to look at, however many lone LFs they hold.
         row("5 lines, lone LF does not cut", "1\r\nr/1\r\n?\r\nWaiting\r\n?\n\r\n", "", "");
@@ -148,12 +149,12 @@ private slots:
     }
     void damagedFiles()
     {
-        QFETCH(QByteArray, content);
+        const auto [content, told, kept] = Damaged::fetch();
         QFile file(m_path);
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         file.close();
-        QTEST(load(), "told");
-        QTEST(rowsOf(m_list).join(' '), "kept");
+        QCOMPARE(load(), told);
+        QCOMPARE(rowsOf(m_list).join(' '), kept);
         // The file itself is left as it was.
         QCOMPARE(readAll(m_path), content);
     }

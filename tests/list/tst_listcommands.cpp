@@ -1,6 +1,7 @@
 // The list bar's commands on the list itself: moves, removal, reset, the two
 // clears and clearing the whole list.
 #include "app/appcore.h"
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "list/downloadlist.h"
 #include "list/listcommands.h"
@@ -9,6 +10,10 @@
 #include <QtTest>
 
 namespace {
+
+// The command, the rows before and after it (as fill() takes them), the
+// messages it shows.
+using Commands = Table<QString, QString, QString, int>;
 
 const QHash<QString, QString> kStatus = {
     {"W", "Waiting"},    {"C", "Complete"}, {"E", "Error"},   {"CE", "Connection Error"},
@@ -68,14 +73,9 @@ class TestListCommands : public QObject
 private slots:
     void commands_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<QString>("rows");
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<int>("messages");
-        auto row = [](const char *tag, const char *command, const char *rows, const char *after,
-                      int messages = 0) {
-            QTest::newRow(tag) << command << rows << after << messages;
-        };
+        const Commands table;
+        auto row = [&](const char *tag, const char *command, const char *rows, const char *after,
+                       int messages = 0) { table(tag, command, rows, after, messages); };
         const char *none = "1:a:W: 1:b:W: 7:x:W:";
         for (const char *command : {"up", "down", "remove", "reset"})
             row(qPrintable(QString("nothing ticked, ") + command), command, none, none);
@@ -99,9 +99,7 @@ private slots:
     }
     void commands()
     {
-        QFETCH(QString, command);
-        QFETCH(QString, rows);
-        QFETCH(int, messages);
+        const auto [command, rows, after, messages] = Commands::fetch();
         DownloadList list;
         fill(list, rows);
         FakePrompts prompts;
@@ -115,7 +113,7 @@ private slots:
             {"errors", [&] { ListCommands::clearError(list); }}};
         QVERIFY(run.contains(command));
         run[command]();
-        QTEST(rowsOf(list), "after");
+        QCOMPARE(rowsOf(list), after);
         QCOMPARE(prompts.messages.size(), messages);
         for (const FakePrompts::Message &m : prompts.messages)
             QCOMPARE(m.text, "Can not delete item(s) in progrss. Stop first");

@@ -1,6 +1,10 @@
+#include "datatable.h"
 #include "system/filefolder.h"
 
 #include <QtTest>
+
+// A path and its parts, "parent|base|extension".
+using Names = Table<QString, QString>;
 
 class TestFileFolder : public QObject
 {
@@ -47,14 +51,10 @@ private slots:
         QCOMPARE(listing(), " / new sub");
     }
 
-    // The name helpers never look at the disk: "parent|base|extension".
+    // The name helpers never look at the disk.
     void names_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("parts");
-        auto row = [](const char *tag, const char *path, const char *parts) {
-            QTest::newRow(tag) << QString(path) << QString(parts);
-        };
+        const Names row;
         row("full path", "/home/u/clip.avi", "/home/u|clip|avi");
         row("two dots", "/d/archive.tar.gz", "/d|archive.tar|gz");
         row("no extension", "/d/readme", "/d|readme|");
@@ -69,10 +69,10 @@ private slots:
     }
     void names()
     {
-        QFETCH(QString, path);
-        QTEST(FileFolder::parentFolderName(path) + '|' + FileFolder::baseName(path) + '|' +
-                  FileFolder::extensionName(path),
-              "parts");
+        const auto [path, parts] = Names::fetch();
+        QCOMPARE(FileFolder::parentFolderName(path) + '|' + FileFolder::baseName(path) + '|' +
+                     FileFolder::extensionName(path),
+                 parts);
     }
 };
 

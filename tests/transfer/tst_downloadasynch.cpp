@@ -1,3 +1,4 @@
+#include "support/datatable.h"
 #include "support/fakeprompts.h"
 #include "support/recipeharness.h"
 #include "support/testserver.h"
@@ -13,6 +14,9 @@ const QString kLost = QStringLiteral("error Connection Error");
 // Bytes whose period (17) shows any piece lost, doubled or out of place.
 const QByteArray kPeriodic = QByteArray("0123456789abcdefg").repeated(200);
 using Answer = TestServer::Answer;
+// The address, the local path, the steps fed and what comes of it all:
+// "reports / requests / files / state".
+using Transfers = Table<QString, QString, QStringList, QString>;
 
 // The shorthand of the rows: "$" is a whole 200 header, "%N" one with
 // Content-Length N, "@" the status line alone, "*N" N filler bytes.
@@ -86,16 +90,12 @@ private slots:
     // pointing out of the folder: a taken name.
     void transfers_data()
     {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("local");
-        QTest::addColumn<QStringList>("steps");
-        QTest::addColumn<QString>("outcome");
-        auto row = [](const char *name, const QString &url, const char *local, const QString &log,
-                      const QString &requests, const QString &files, int state,
-                      const QStringList &steps = {}) {
-            QTest::newRow(name) << url << QString(local) << steps
-                                << log + " / " + requests + " / " + files + " / " +
-                                       QString::number(state);
+        const Transfers table;
+        auto row = [&](const char *name, const QString &url, const char *local, const QString &log,
+                       const QString &requests, const QString &files, int state,
+                       const QStringList &steps = {}) {
+            table(name, url, local, steps,
+                  log + " / " + requests + " / " + files + " / " + QString::number(state));
         };
         // Steps handed to the control on a path that never answers, once the
         // file c.bin is open: a chunk, "~chunk" one that arrives after the
@@ -213,10 +213,7 @@ private slots:
     }
     void transfers()
     {
-        QFETCH(QString, url);
-        QFETCH(QString, local);
-        QFETCH(QStringList, steps);
-        QFETCH(QString, outcome);
+        auto [url, local, steps, outcome] = Transfers::fetch();
         const quint16 unused = [] {
             TestServer gone;
             return gone.listen() ? gone.port() : quint16(0);

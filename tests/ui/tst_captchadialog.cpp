@@ -1,3 +1,4 @@
+#include "datatable.h"
 #include "fakemegaupload.h"
 #include "ui/captchadialog.h"
 #include "ui/widgetprompts.h"
@@ -7,21 +8,18 @@
 #include <QLineEdit>
 #include <QtTest>
 
+// What the person types into the box ("\r" is Enter, "\x1b" Escape), the
+// button pressed then if any, and the answer the question gives ("<none>":
+// closed without the button).
+using Answers = Table<QString, QString, QString>;
+
 class TestCaptchaDialog : public QObject
 {
     Q_OBJECT
 private slots:
-    // What the person types into the box ("\r" is Enter, "\x1b" Escape), the
-    // button pressed then if any, and the answer the question gives ("<none>":
-    // closed without the button).
     void answers_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("answer");
-        auto row = [](const char *tag, const char *typed, const char *button, const char *answer) {
-            QTest::newRow(tag) << QString(typed) << QString(button) << QString(answer);
-        };
+        const Answers row;
         row("typed, then Enter", "x7Q2\r", "", "x7Q2");
         row("Enter on an empty box does nothing, the button hands over the empty text", "\r",
             "cmdProceed", "");
@@ -31,9 +29,7 @@ private slots:
 
     void answers()
     {
-        QFETCH(QString, typed);
-        QFETCH(QString, button);
-        QFETCH(QString, answer);
+        const auto [typed, button, answer] = Answers::fetch();
         QTemporaryDir dir;
         QFile picture(dir.filePath("CAP.gif"));
         QVERIFY(picture.open(QIODevice::WriteOnly) && picture.write(FakeMegaUpload::picture()) > 0);

@@ -4,6 +4,7 @@
 #include "app/about.h"
 #include "app/appcore.h"
 #include "app/cregister.h"
+#include "datatable.h"
 #include "fakeprompts.h"
 #include "intake/linkextraction.h"
 #include "list/downloadlistmodel.h"
@@ -24,6 +25,10 @@
 #include <QSystemTrayIcon>
 #include <QTreeView>
 #include <QtTest>
+
+// The link in the cell, the text typed over it, the message shown (empty:
+// none) and the link after ("<gone>": the row goes while the question is up).
+using EditLinks = Table<QString, QString, QString, QString>;
 
 class TestMainWindow : public QObject
 {
@@ -199,30 +204,24 @@ private slots:
     // The question is answered yes where the link should change.
     void editLink_data()
     {
-        QTest::addColumn<QString>("present");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("message"); // empty: none
-        QTest::addColumn<QString>("result");
+        const EditLinks row;
         const QString link("rapidshare.com/files/1/a.zip"), other("rapidshare.com/files/2/b.zip");
         const QString ask = box("Are you sure that you want to change the link?",
                                 Prompts::Icon::Question, Prompts::Buttons::YesNo);
-        QTest::newRow("yes") << link << other << ask << other;
-        QTest::newRow("empty") << link << "" << box("Link value can not be empty") << link;
+        row("yes", link, other, ask, other);
+        row("empty", link, "", box("Link value can not be empty"), link);
         // A present 0 or 1 is a tick's value, whatever the column: it changes
         // without a question (the tick clicks show 0 too).
-        QTest::newRow("present 1") << "1" << other << "" << other;
-        QTest::newRow("present 2, no") << "2" << other << ask << "2";
-        QTest::newRow("row removed while asked") << link << other << ask << "<gone>";
+        row("present 1", "1", other, "", other);
+        row("present 2, no", "2", other, ask, "2");
+        row("row removed while asked", link, other, ask, "<gone>");
     }
 
     // The user's text for the link cell, which holds the present link: the
     // row's fields afterwards, where nothing but the link changes.
     void editLink()
     {
-        QFETCH(QString, present);
-        QFETCH(QString, typed);
-        QFETCH(QString, message);
-        QFETCH(QString, result);
+        const auto [present, typed, message, result] = EditLinks::fetch();
         DownloadList &list = m->core.list();
         add(present, 1);
         LinkRow *row = list.childAt(1, 0);

@@ -3,6 +3,7 @@
 #include "app/appcore.h"
 #include "app/cregister.h"
 #include "app/options.h"
+#include "datatable.h"
 #include "sandbox.h"
 #include "ui/optionsdialog.h"
 #include "ui/windowparts.h"
@@ -14,6 +15,13 @@
 namespace {
 
 const QStringList kNames{"IE", "FireFox", "Flock", "StartAfterCatch", "DoNothing"};
+
+// The store before: the run value, then kNames ("" for none); what the dialog
+// shows, a digit each for start ie firefox flock download nothing; the clicks:
+// labels, an option, then cmdApply or cmdClose; the store after: the run value,
+// then kNames ("-" for none); whether a helper sits beside the program, for Ok
+// to start.
+using RoundTrips = Table<QStringList, QString, QStringList, QStringList, bool>;
 
 QString runValue()
 {
@@ -29,43 +37,27 @@ class TestOptionsDialog : public QObject
 private slots:
     void roundTrip_data()
     {
-        QTest::addColumn<QStringList>("stored"); // run value, then kNames; "" for none
-        QTest::addColumn<QString>("shown");      // start ie firefox flock download nothing
-        QTest::addColumn<QStringList>("clicks"); // labels, an option, then cmdApply or cmdClose
-        QTest::addColumn<QStringList>("after");  // run value, then kNames; "-" for none
-        QTest::addColumn<bool>("helper");        // a helper beside the program, for Ok to start
+        const RoundTrips row;
         const QString run = QCoreApplication::applicationFilePath() + " /minimize";
         // Without a helper, Ok passes in silence.
-        QTest::newRow("empty store, Ok, no helper")
-            << QStringList(6) << "000001" << QStringList{"cmdApply"}
-            << QStringList{"-", "false", "false", "false", "0", "1"} << false;
-        QTest::newRow("exactly true counts")
-            << QStringList{"", "True", "true", "TRUE", "1", "0"} << "001010"
-            << QStringList{"cmdApply"} << QStringList{"-", "false", "true", "false", "1", "0"}
-            << true;
-        QTest::newRow("every label and the other option")
-            << QStringList(6) << "000001"
-            << QStringList{"lblStart",    "lblIntIE",         "lblIntFireFox",
-                           "lblIntFlock", "lblStartDownload", "optNewBrowserTab(1)",
-                           "lblIntFlock", "cmdApply"}
-            << QStringList{run, "true", "true", "false", "1", "0"} << true;
-        QTest::newRow("a moved program gets its new path")
-            << QStringList{"/old/place/tessalwick /minimize", "", "", "", "", ""} << "100001"
-            << QStringList{"cmdApply"} << QStringList{run, "false", "false", "false", "0", "1"}
-            << true;
-        QTest::newRow("Cancel writes nothing")
-            << QStringList{"/old/tessalwick", "true", "", "", "1", "0"} << "110010"
-            << QStringList{"lblStart", "lblIntIE", "lblStartDownload", "optNewBrowserTab(0)",
-                           "cmdClose"}
-            << QStringList{"/old/tessalwick", "true", "-", "-", "1", "0"} << true;
+        row("empty store, Ok, no helper", QStringList(6), "000001", {"cmdApply"},
+            {"-", "false", "false", "false", "0", "1"}, false);
+        row("exactly true counts", {"", "True", "true", "TRUE", "1", "0"}, "001010", {"cmdApply"},
+            {"-", "false", "true", "false", "1", "0"}, true);
+        row("every label and the other option", QStringList(6), "000001",
+            {"lblStart", "lblIntIE", "lblIntFireFox", "lblIntFlock", "lblStartDownload",
+             "optNewBrowserTab(1)", "lblIntFlock", "cmdApply"},
+            {run, "true", "true", "false", "1", "0"}, true);
+        row("a moved program gets its new path",
+            {"/old/place/tessalwick /minimize", "", "", "", "", ""}, "100001", {"cmdApply"},
+            {run, "false", "false", "false", "0", "1"}, true);
+        row("Cancel writes nothing", {"/old/tessalwick", "true", "", "", "1", "0"}, "110010",
+            {"lblStart", "lblIntIE", "lblStartDownload", "optNewBrowserTab(0)", "cmdClose"},
+            {"/old/tessalwick", "true", "-", "-", "1", "0"}, true);
     }
     void roundTrip()
     {
-        QFETCH(QStringList, stored);
-        QFETCH(QString, shown);
-        QFETCH(QStringList, clicks);
-        QFETCH(QStringList, after);
-        QFETCH(bool, helper);
+        const auto [stored, shown, clicks, after, helper] = RoundTrips::fetch();
         Sandbox sandbox;
         if (!stored[0].isEmpty())
             CRegister().regSaveSetting(CRegister::HKEY_LOCAL_MACHINE, Settings::sRunKey,

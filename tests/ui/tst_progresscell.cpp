@@ -1,9 +1,14 @@
+#include "datatable.h"
 #include "list/downloadlistmodel.h"
 #include "ui/griddelegate.h"
 #include "ui/gridmodel.h"
 
 #include <QPainter>
 #include <QtTest>
+
+// Each status in a cell 50 pixels wide whose left is 3: the bar's right edge
+// and the shown percentage ("" when the status is no progress).
+using Cells = Table<QString, int, QString>;
 
 // Paints a link's Status cell through the grid's model and delegate into an
 // image and compares it pixel for pixel with the cell drawn by hand: where the
@@ -19,32 +24,26 @@ private slots:
         QVERIFY(m_list.addLinkToList("http://rapidshare.com/files/1/a.zip", 1, nullptr));
     }
 
-    // Each status in a cell 50 pixels wide whose left is 3: the shown
-    // percentage ("" when the status is no progress) and the bar's right edge.
     void paintsCell_data()
     {
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<int>("barRight");
-        QTest::addColumn<QString>("percent");
-        QTest::newRow("below") << "-5" << 3 << "0";
-        QTest::newRow("above") << "150" << 53 << "100";
-        QTest::newRow("fraction") << "45.67" << 26 << "46";
+        const Cells row;
+        row("below", "-5", 3, "0");
+        row("above", "150", 53, "100");
+        row("fraction", "45.67", 26, "46");
         // Halves go to the even neighbour: of the percentage, and of the
         // bar's edge, the cell's left included (3 + 16.5 up to 20, 3 + 23.5
         // down to 26).
-        QTest::newRow("blanks round a number, edge half up") << " 33 " << 20 << "33";
-        QTest::newRow("half to even down") << "12.5" << 9 << "12";
-        QTest::newRow("half to even up") << "13.5" << 10 << "14";
-        QTest::newRow("edge half down") << "47" << 26 << "47";
+        row("blanks round a number, edge half up", " 33 ", 20, "33");
+        row("half to even down", "12.5", 9, "12");
+        row("half to even up", "13.5", 10, "14");
+        row("edge half down", "47", 26, "47");
         for (const char *word : {"Waiting", "Stopped(45%)", "1.5 MB so far", "Wait 34 Seconds", ""})
-            QTest::newRow(word) << word << 0 << "";
+            row(word, word, 0, "");
     }
 
     void paintsCell()
     {
-        QFETCH(QString, status);
-        QFETCH(int, barRight);
-        QFETCH(QString, percent);
+        const auto [status, barRight, percent] = Cells::fetch();
         m_list.setField(m_list.childAt(1, 0), Field::Status, status);
         const QModelIndex index = m_model.index(0, int(Field::Status), m_model.index(0, 0));
         QCOMPARE(index.data(GridModel::ProgressRole).toString(), percent);
