@@ -156,9 +156,10 @@ private slots:
         QVERIFY(quit.count() == 1 && QFile::exists(saved) && !window->isVisible());
         // Each refusal was told: three of the optical disc, one of the close.
         const QString cdRom = box("Selected drive is CD ROM, Please select another folder");
-        QCOMPARE(said(), (QStringList{cdRom, cdRom, cdRom,
-                                      box("There is one download or more currently running, "
-                                          "Please Stop downloading first.")}));
+        QCOMPARE(m->prompts.told(),
+                 (QStringList{cdRom, cdRom, cdRom,
+                              box("There is one download or more currently running, "
+                                  "Please Stop downloading first.")}));
     }
 
     // The menus' entry n starts or stops site n, after "All" and a separator;
@@ -237,7 +238,7 @@ private slots:
         QVERIFY(cell.flags() & Qt::ItemIsEditable);
         QCOMPARE(cell.data(Qt::EditRole).toString(), present);
         m->window.gridModel()->setData(cell, typed);
-        QCOMPARE(said(), message.isEmpty() ? QStringList() : QStringList{message});
+        QCOMPARE(m->prompts.told(), message.isEmpty() ? QStringList() : QStringList{message});
         QCOMPARE(list.childCount(1) ? now() : QStringList(),
                  result == "<gone>" ? QStringList() : after);
     }
@@ -489,20 +490,15 @@ private:
     // link row under site 1.
     QModelIndex site(int n) const { return m->window.gridModel()->index(n - 1, 0); }
     QModelIndex cellAt(int r, Field f) const { return site(1).model()->index(r, int(f), site(1)); }
-    // A message box as text, icon and buttons: a warning with an Ok button
-    // unless told otherwise.
+    // A message box as FakePrompts::told() writes it: a warning with an Ok
+    // button under the program's title unless told otherwise.
     static QString box(const QString &text, Prompts::Icon icon = Prompts::Icon::Exclamation,
                        Prompts::Buttons buttons = Prompts::Buttons::Ok)
     {
-        return QStringLiteral("%1 [%2 %3]").arg(text).arg(int(icon)).arg(int(buttons));
-    }
-    // Every message box shown so far.
-    QStringList said() const
-    {
-        QStringList all;
-        for (const FakePrompts::Message &message : m->prompts.messages)
-            all << box(message.text, message.icon, message.buttons);
-        return all;
+        return QStringLiteral("message %1 %2 Tessalwick: %3")
+            .arg(int(icon))
+            .arg(int(buttons))
+            .arg(text);
     }
 
     std::unique_ptr<Rig> m;
