@@ -62,16 +62,18 @@ public:
         return captchaAnswers.isEmpty() ? std::nullopt : captchaAnswers.dequeue();
     }
 
+    // One message box as told() writes it.
+    static QString message(const QString &text, Icon icon, Buttons buttons, const QString &title)
+    {
+        return QString("message %1 %2 %3: %4").arg(int(icon)).arg(int(buttons)).arg(title, text);
+    }
     // Every message box, then every balloon, each with its look:
     // "message <icon> <buttons> <title>: <text>", "balloon <kind> <ms> <title>: <text>".
     QStringList told() const
     {
         QStringList all;
         for (const Message &m : messages)
-            all << QString("message %1 %2 %3: %4")
-                       .arg(int(m.icon))
-                       .arg(int(m.buttons))
-                       .arg(m.title, m.text);
+            all << message(m.text, m.icon, m.buttons, m.title);
         for (const Balloon &b : balloons)
             all << QString("balloon %1 %2 %3: %4")
                        .arg(b.kind)

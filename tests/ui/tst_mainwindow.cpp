@@ -495,10 +495,7 @@ private:
     static QString box(const QString &text, Prompts::Icon icon = Prompts::Icon::Exclamation,
                        Prompts::Buttons buttons = Prompts::Buttons::Ok)
     {
-        return QStringLiteral("message %1 %2 Tessalwick: %3")
-            .arg(int(icon))
-            .arg(int(buttons))
-            .arg(text);
+        return FakePrompts::message(text, icon, buttons, "Tessalwick");
     }
 
     std::unique_ptr<Rig> m;
