@@ -6,44 +6,33 @@
 //
 //   /?<key>                          the link's page with the download
 //                                    script's marker
-//   /dynamic/download.php?qk=<key>   the script: `var` declarations of the
-//                                    server (mL, this one), a path segment
-//                                    (mH), the name (mY) and an 11-character
-//                                    segment, then the function that writes
-//                                    the link to the file
-//   /<11 characters>g/<mH>/<mY>      the file
+//   /dynamic/download.php?qk=<key>   the script: `var` declarations of an
+//                                    11-character segment, the server (mL,
+//                                    this one), a path segment (mH, "h<key>")
+//                                    and the name (mY), then the function
+//                                    that writes the link to the file
+//   /A1b2C3d4E5fg/h<key>/<mY>        the file
 class FakeMediaFire : public FakeSite
 {
 public:
     FakeMediaFire() : FakeSite(Sites::MediaFire) {}
     // Puts a file on the site and gives its link.
-    QString addFile(const QString &key, const QString &eleven, const QString &name,
-                    const QByteArray &content)
+    QString addFile(const QString &key, const QString &name = "file.bin",
+                    const QByteArray &content = "file")
     {
-        const QString segment = "h7k2p" + key;
-        page(scriptPath(key),
-             scriptPage({"cb=" + eleven, "mL=" + hostPort(), "mH=" + segment, "mY=" + name}));
-        file(("/" + eleven + "g/" + segment + "/" + name).toLatin1(), content);
-        return page(
-            linkPath(key),
-            "<script type=\"text/javascript\">Eo(); setTimeout(\"cu('dl')\", 100);</script>");
-    }
-    static QByteArray linkPath(const QString &key) { return "/?" + key.toLatin1(); }
-    static QByteArray scriptPath(const QString &key)
-    {
-        return "/dynamic/download.php?qk=" + key.toLatin1();
+        page(("/dynamic/download.php?qk=" + key).toLatin1(),
+             scriptPage({"cb=A1b2C3d4E5f", "mL=" + hostPort(), "mH=h" + key, "mY=" + name}));
+        file(("/A1b2C3d4E5fg/h" + key + "/" + name).toLatin1(), content);
+        return page("/?" + key.toLatin1(), "<script>Eo(); setTimeout(\"cu('dl')\", 9);</script>");
     }
     // The dynamic page declaring these values in turn, each "name=value".
     static QString scriptPage(const QStringList &declarations)
     {
-        QString script;
-        for (const QString &declaration : declarations)
-            script +=
-                "var " + declaration.section('=', 0, 0) + "='" + declaration.section('=', 1) + "';";
-        return "<html><head><script language=\"JavaScript\"><!--\n" + script +
-               " function DoShow(b) { parent.document.getElementById('download_link').innerHTML = "
-               "\"<a href=\\\"http://\"+mL+\"/\" + cb + \"g/\" + mH + \"/\" + mY + \"\\\">Click "
-               "here to start download</a>\"; }\n//--></script></head><body "
-               "onload=\"DoShow()\"></body></html>\n";
+        QString script = "<script><!--\n";
+        for (const QString &each : declarations)
+            script += "var " + each.section('=', 0, 0) + "='" + each.section('=', 1) + "';";
+        return script +
+               " function DoShow() { link.innerHTML = \"<a href=\\\"http://\"+mL+\"/\" + "
+               "cb + \"g/\" + mH + \"/\" + mY + \"\\\">Click here</a>\"; }\n//--></script>";
     }
 };
