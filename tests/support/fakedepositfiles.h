@@ -15,23 +15,19 @@ public:
                     int waitSeconds = 60, const QString &language = QStringLiteral("en"))
     {
         const QByteArray filePath = "/file/" + (id + '/' + name).toLatin1();
-        route(pagePath(id),
-              html("<form method=\"post\"><input type=\"hidden\" name=\"gateway_result\" "
-                   "value=\"1\"></form>"),
-              html(downloadPage(url(filePath), name, waitSeconds)), "gateway_result=1");
         file(filePath, content);
+        route("/en/files/" + id.toLatin1(), html("<form method=\"post\">"),
+              html(downloadPage(url(filePath), name, waitSeconds)), "gateway_result=1");
         return url("/" + language + "/files/" + id);
     }
-    static QByteArray pagePath(const QString &id) { return "/en/files/" + id.toLatin1(); }
 
     // The download form's action, the file name, the site's countdown and its
     // "var c=N;".
     static QString downloadPage(const QString &directUrl, const QString &name, int waitSeconds)
     {
-        return QStringLiteral("File name: <b title=\"%1\">%1</b>\n<p>Ready in less than a "
-                              "minute.</p><div id=\"download_url\"><form action=\"%2\" "
-                              "method=\"get\"></form></div>\n<script>var c=%3;</script>Please "
-                              "wait <span id=\"download_waiter_remain\">%3</span> seconds")
+        return QStringLiteral("File name: <b title=\"%1\">%1</b> Ready in less than a minute.\n"
+                              "<div id=\"download_url\"><form action=\"%2\"></form></div>\n"
+                              "<script>var c=%3;</script><span id=\"download_waiter_remain\">%3<")
             .arg(name, directUrl, QString::number(waitSeconds));
     }
     static inline const QString slotsBusyPage = "<p>We are sorry, but all downloading slots for "

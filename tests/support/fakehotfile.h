@@ -17,34 +17,21 @@ public:
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
                     const QString &waitMs = QStringLiteral("1000"), int notReady = 0)
     {
-        const QByteArray filePath = "/get/" + (id + '/' + name).toLatin1();
-        server().setAnswers(postPath(id), QList<TestServer::Answer>(notReady, html(disabledPage))
-                                              << html(downloadPage(url(filePath))));
-        file(filePath, content);
-        return route(linkPath(id), html(formPage(id, waitMs)),
-                     TestServer::Answer::redirect(307, url(postPath(id))));
+        const QString filePath = "/get/" + id + '/' + name, post = "/post/" + id;
+        file(filePath.toLatin1(), content);
+        const auto ready = html("<a href=\"" + url(filePath) + "\" class=click_download>Get</a>");
+        QList<TestServer::Answer> answers(notReady, html(disabledPage));
+        server().setAnswers(post.toLatin1(), answers << ready);
+        return route("/dl/" + id.toLatin1(), html(formPage(id, waitMs)),
+                     TestServer::Answer::redirect(307, url(post)));
     }
-    static QByteArray linkPath(const QString &id) { return "/dl/" + id.toLatin1(); }
-    static QByteArray postPath(const QString &id) { return "/post/" + id.toLatin1(); }
 
-    // The link's page; its form's body is formBody(id).
+    // The link's page; its form's body is "&action=capt&tm=<id>".
     static QString formPage(const QString &id, const QString &waitMs)
     {
-        return "<table><form action=\"\" method=post name=f>\r\n"
-               "<input type=hidden name=action value=capt>\r\n<input type=hidden name=tm value=" +
-               id +
-               ">\r\n<input type=hidden name=tmhash value=a1b2c3d4>\r\n"
-               "<input type=hidden name=wait value=30>\r\n<tr><td><script>var d=new Date();var "
-               "timerend=d.getTime()+" +
-               waitMs + ";</script></td></tr></form></table>";
-    }
-    static QByteArray formBody(const QString &id)
-    {
-        return "&action=capt&tm=" + id.toLatin1() + "&tmhash=a1b2c3d4&wait=30";
-    }
-    static QString downloadPage(const QString &directUrl)
-    {
-        return "<a href=\"" + directUrl + "\" class=click_download>Click here to download</a>";
+        return "<form method=post name=f>\r\n<input type=hidden name=action value=capt>\r\n"
+               "<input type=hidden name=tm value=" +
+               id + ">\r\n<tr><script>var timerend=d.getTime()+" + waitMs + ";</script></tr>";
     }
     // The answer while the site isn't ready to let the file go.
     static inline const QString disabledPage = "<input type=submit class=disabled value=\"Get\">";
