@@ -20,26 +20,17 @@ public:
                     int waitSeconds = 1)
     {
         const QString direct = "/get/" + id + "/" + name;
-        page(buttonPath(id), downloadPage(url(direct), QString::number(waitSeconds)));
+        page("/dlf/" + id.toLatin1(), downloadPage.arg(QString::number(waitSeconds), url(direct)));
         file(direct.toLatin1(), content);
-        return page(linkPath(id, name), firstPage("dlf/" + id));
+        return page(("/file/" + id + "/n/" + name).toLatin1(), firstPage.arg("dlf/" + id));
     }
-    static QByteArray linkPath(const QString &id, const QString &name)
-    {
-        return ("/file/" + id + "/n/" + name).toLatin1();
-    }
-    static QByteArray buttonPath(const QString &id) { return "/dlf/" + id.toLatin1(); }
-    static QString firstPage(const QString &buttonHref)
-    {
-        return "<div id=\"basicLink\"><a href=\"" + buttonHref +
-               "\"><img src=\"/img/free.gif\" alt=\"Download Now\" /></a></div>";
-    }
-    static QString downloadPage(const QString &directUrl, const QString &countdown)
-    {
-        return "<p>Starting in <span class=\"countdown\">" + countdown +
-               "</span></p>\n<p id=\"downloadLink\"><a href=\"" + directUrl +
-               "\">Click here to begin your download</a></p>";
-    }
+    // The link's page, for .arg(the button's address).
+    static inline const QString firstPage = "<div id=\"basicLink\"><a href=\"%1\"><img "
+                                            "src=\"free.gif\" alt=\"Download Now\" /></a></div>";
+    // The button's page, for .arg(the countdown's text, the file's address).
+    static inline const QString downloadPage =
+        "<p>Starting in <span class=\"countdown\">%1</span></p>\n<p id=\"downloadLink\"><a "
+        "href=\"%2\">Click here to begin your download</a></p>";
     // The pages that end a run.
     static inline const QString gonePage = "<p>Sorry, this file is no longer available. It may "
                                            "have been deleted by the uploader, or has expired.</p>";

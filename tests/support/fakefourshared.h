@@ -13,24 +13,22 @@ class FakeFourShared : public FakeSite
 {
 public:
     FakeFourShared() : FakeSite(Sites::FourShared) {}
-    // Puts a file on the site and gives its link.
+    // Puts a file on the site and gives its link; with `busyFirst` the first
+    // ask for the download page gets the busy page.
     QString addFile(const QString &id, const QString &name, const QByteArray &content,
-                    int waitSeconds = 1)
+                    int waitSeconds = 1, bool busyFirst = false)
     {
         const QString direct = "/download/" + id + "/" + name + "?tsid=" + id;
-        page(getPath(id, name), downloadPage(url(direct), QString::number(waitSeconds)));
+        const auto ready = html(downloadPage.arg(QString::number(waitSeconds), url(direct)));
+        const QByteArray get = ("/get/" + id + "/" + name + ".html").toLatin1();
+        server().setAnswers(get, busyFirst ? QList{html(busyPage), ready} : QList{ready});
         file(direct.toLatin1(), content);
         return url("/file/" + id + "/" + name + ".html?ref=share");
     }
-    static QByteArray getPath(const QString &id, const QString &name)
-    {
-        return ("/get/" + id + "/" + name + ".html").toLatin1();
-    }
-    // `wait` is the countdown element's text.
-    static QString downloadPage(const QString &directUrl, const QString &wait)
-    {
-        return "<div>Your download starts in <b id=\"sec\">" + wait +
-               "</b> seconds...</div>\n<a href='" + directUrl +
-               "' class=\"dbtn\">Click here to download this file</a>";
-    }
+    // The download page, for .arg(the countdown element's text, the file's address).
+    static inline const QString downloadPage =
+        "<div>Your download starts in <b id=\"sec\">%1</b> seconds...</div>\n<a href='%2' "
+        "class=\"dbtn\">Click here to download this file</a>";
+    // A page without a countdown, which the recipe asks for once more.
+    static inline const QString busyPage = "<p>Server busy.</p>";
 };
