@@ -30,20 +30,17 @@ QString link(int site, int n)
     return QStringLiteral("http://site%1.test/files/file%2.bin").arg(site).arg(n);
 }
 
-// Adds `count` plain rows and starts the site from its menu.
-SiteContext &start(RecipeHarness &h, int site, int count = 1)
+// Adds `count` plain rows, starts the site from its menu, then writes
+// `fields` ("Status=Waiting|FileSize=2 KB") into the row it started.
+SiteContext &start(RecipeHarness &h, int site, int count, const QString &fields = {})
 {
     for (int i = 0; i < count; ++i)
         h.add(site, link(site, i));
     h.start(site);
-    return h.context(site);
-}
-
-// Writes "Status=Waiting|FileSize=2 KB" into the row.
-void setFields(RowCursor &row, const QString &fields)
-{
-    for (const QString &pair : fields.split(u'|'))
-        row.setField(*fieldByName(pair.section(u'=', 0, 0)), pair.section(u'=', 1));
+    SiteContext &ctx = h.context(site);
+    for (const QString &pair : fields.split(u'|', Qt::SkipEmptyParts))
+        ctx.cursor.setField(*fieldByName(pair.section(u'=', 0, 0)), pair.section(u'=', 1));
+    return ctx;
 }
 
 } // namespace
@@ -52,7 +49,6 @@ class TestSiteQueues : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase() { m_sandbox = std::make_unique<Sandbox>(); }
     // Timers tick only when a test ticks them.
     void init() { RecipeHarness::setPeriods(3600000); }
 
@@ -97,7 +93,6 @@ private slots:
     void startAndStopAll()
     {
         RecipeHarness h;
-        QVERIFY(!h.queues->isAnyDownloading());
         QVERIFY_THROWS_EXCEPTION(RuntimeFailure, h.queues->startDownloadLinks(9, true));
         QList<int> startOrder, stopOrder;
         for (int site = 1; site <= Sites::Count; ++site) {
@@ -109,52 +104,30 @@ private slots:
         // MegaUpload is busy already: start-all leaves it be, and a user's
         // start of it does nothing but clear its stop flag.
         const int busy = Sites::MegaUpload;
-        h.add(busy, link(busy, 1));
-        h.list.setField(h.row(busy, 0), Field::Status, "Complete");
         h.start(busy);
-        h.context(busy).cursor.setField(Field::Status, "Wait 40 Seconds");
-        QVERIFY(h.queues->isAnyDownloading());
         h.context(busy).bStop = true;
         h.start(busy);
         QVERIFY(!h.context(busy).bStop && h.ranOut.isEmpty());
-        // Youtube alone has no countdown of its own.
-        QVERIFY(!h.queues->siteTimer(Sites::Youtube) && h.queues->siteTimer(Sites::HotFile));
         // A click of the start button while start-all runs (a recipe's poll
-        // takes it) is swallowed: taken, it would start Youtube from in here.
+        // takes it) is swallowed: taken, it would start the other sites from
+        // in here, before RapidShare's own run.
         QString seen;
-        QObject::connect(&h.list, &DownloadList::fieldChanged, [&](int site, int, Field) {
+        QObject::connect(&h.list, &DownloadList::fieldChanged, [&](int site) {
             if (site == Sites::RapidShare && seen.isEmpty()) {
                 seen = QString::number(h.queues->startInProgress());
                 h.queues->startDownloadClicked();
-                seen += QString::number(h.standIn(Sites::Youtube).calls.size());
             }
         });
 
         h.queues->startDownloadClicked();
-        QCOMPARE(seen + QString::number(h.queues->startInProgress()), "100");
-        QCOMPARE(startOrder, (QList<int>{3, 1, 2, 4, 6, 7, 8}));
-        QCOMPARE(h.overview(), "1:Starting... 2:Starting... 3:Complete,Wait 40 Seconds "
-                               "4:Starting... 5:Waiting 6:Starting... 7:Starting... 8:Starting...");
-
-        // MediaFire's own start still works; stop-all then passes it by.
+        QCOMPARE(seen + QString::number(h.queues->startInProgress()), "10");
+        // MediaFire's own start still works; stop-all then passes it by. A
+        // stop of a site at rest does nothing at all.
         h.start(Sites::MediaFire);
+        QCOMPARE(startOrder, (QList<int>{3, 1, 2, 4, 6, 7, 8, 5}));
         h.queues->stopDownloadClicked();
-        QCOMPARE(stopOrder, (QList<int>{4, 6, 8, 7, 3, 1, 2}));
-        QCOMPARE(h.overview(), "1:Stopped 2:Stopped 3:Complete,Stopped 4:Stopped 5:Starting... "
-                               "6:Stopped 7:Stopped 8:Stopped");
-        QCOMPARE(h.overview(Field::IsDownloading), "1:0 2:0 3:0,0 4:0 5:1 6:0 7:0 8:0");
-        // Only MegaUpload's recipe holds a socket of its own that the stop closes.
-        // Each site's stop flag and closes.
-        QString stops;
-        for (int site = 1; site <= Sites::Count; ++site)
-            stops +=
-                QString("%1%2 ").arg(int(h.context(site).bStop)).arg(h.standIn(site).closeCalls);
-        QCOMPARE(stops, "10 10 11 10 00 10 10 10 ");
-
-        // A stop of a site at rest does nothing at all.
-        stopOrder.clear();
         h.queues->stopDownloads(Sites::RapidShare);
-        QVERIFY(stopOrder.isEmpty());
+        QCOMPARE(stopOrder, (QList<int>{4, 6, 8, 7, 3, 1, 2}));
     }
 
     // ---- A queue never nests ----
@@ -183,57 +156,18 @@ private slots:
         QCOMPARE(standIn.calls.last() + u'|' + h.at(site, 1), link(site, 1) + "|Starting...");
     }
 
-    void stopThenStartWhileRecipeWaits()
-    {
-        // Stop and Start of one site inside one pump round: the start waits
-        // until the first run has seen its stop and returned, then runs; the
-        // second request is stopped alone.
-        TestServer server;
-        QVERIFY(server.listen());
-        server.setAnswer("/held", Answer::silence());
-        RecipeHarness h;
-        const int site = Sites::HotFile;
-        StandInRecipe &standIn = h.standIn(site);
-        standIn.mode = StandInRecipe::Mode::Hold;
-        standIn.holdUrl = server.url("/held");
-        h.add(site, link(site, 0));
-        h.add(site, link(site, 1));
-        int round = 0;
-        QObject::connect(&server, &TestServer::requestReceived, [&] {
-            QTimer::singleShot(20, [&, first = ++round == 1] {
-                h.queues->stopDownloads(site);
-                if (first)
-                    h.start(site);
-            });
-        });
-
-        h.start(site);
-        QCOMPARE(standIn.calls, (QStringList{link(site, 0), link(site, 0)}));
-        QCOMPARE(standIn.maxDepth, 1);
-        QCOMPARE(h.history(site, 0),
-                 (QStringList{"Waiting", "Starting...", "Stopped", "Starting...", "Stopped"}));
-    }
-
     // ---- The countdown and its end ----
 
     void countdown_data()
     {
         const Countdowns row;
         // A failure moves on to the next row, whose walk clears the failed row's flag.
-        const QString handOff = "Connecting...|1|kept|10|Starting...",
-                      again = "Wait 1 Seconds|1|kept|10|Starting...,Wait 1 Seconds",
-                      nothing = "Wait 1 Seconds|1|kept|10|Starting...",
+        const QString again = "Wait 1 Seconds|1|kept|10|Starting...,Wait 1 Seconds",
                       failure = "Error|0|kept|01|Starting...,Starting...";
-        row("RapidShare ready", 1, true, 0, 1000, "1", "", 1, handOff);
+        row("DepositFiles", 6, false, 0, 1000, "1", "", 1, "Connecting...|1|kept|10|Starting...");
         row("RapidShare not ready", 1, false, 0, 1000, "1", "", 1, again);
-        row("MegaUpload", 3, false, 0, 1000, "1", "", 1, handOff);
-        row("4Shared not ready", 4, false, 0, 1000, "1", "", 1, again);
-        row("MediaFire not ready", 5, false, 0, 1000, "1", "", 1, again);
-        row("MediaFire ready reads a missing field", 5, true, 0, 1000, "1", "", 1, failure);
-        row("DepositFiles", 6, false, 0, 1000, "1", "", 1, handOff);
         row("HotFile step 1", 7, true, 1, 1000, "1", "", 1, again);
-        row("HotFile step 2", 7, true, 2, 1000, "1", "", 1, nothing);
-        row("FileFactory", 8, false, 0, 1000, "1", "", 1, handOff);
+        row("MediaFire ready reads a missing field", 5, true, 0, 1000, "1", "", 1, failure);
         row("countdown of no number", 6, false, 0, 1000, "abc", "", 1, failure);
         // HotFile's timer does nothing at the end of a wait unless its recipe is
         // at step 1, so the row keeps the texts of the countdown.
@@ -242,15 +176,12 @@ private slots:
             row(name, Sites::HotFile, false, 0, interval, wait, trace, ticks,
                 last + "|kept|10|Starting...");
         };
-        hotFile("3", 1000, "3", "2|Wait 2 Seconds;1|Wait 1 Seconds", 3);
         hotFile("61: seconds from 59", 1000, "61", "60|Wait 1 Minutes;59|Wait 59 Seconds", 61);
-        hotFile("91", 1000, "91", "90|Wait 1.5 Minutes;89|Wait 1.5 Minutes", 91);
         hotFile("halves to even", 1000, "136", "135|Wait 2.2 Minutes;134|Wait 2.2 Minutes", 136);
         hotFile("halves to even, upwards", 1000, "82", "81|Wait 1.4 Minutes", 82);
         hotFile("minutes per tick", 60000, "300",
                 "240|Wait 4 Minutes;180|Wait 3 Minutes;120|Wait 2 Minutes;60|Wait 1 Minutes", 5,
                 "Wait 1 Minutes|60");
-        hotFile("minutes, uneven", 60000, "90", "30|Wait 30 Seconds", 2, "Wait 30 Seconds|30");
         // 2.5 reads as 2 (halves to even), leaving half a second.
         hotFile("uneven interval", 1500, "4", "2.5|Wait 2.5 Seconds;0.5|Wait 0.5 Seconds", 3,
                 "Wait 0.5 Seconds|0.5");
@@ -262,23 +193,21 @@ private slots:
             Countdowns::fetch();
         const QStringList steps = trace.split(u';', Qt::SkipEmptyParts);
         RecipeHarness h;
-        SiteContext &ctx = start(h, site, 2);
         // A resolved row whose address leads nowhere: the transfer is stopped
         // before it could connect.
-        setFields(ctx.cursor, "DirectURL=127.0.0.1:9/none.bin|LocalFile=none.bin|FileSize=1.5 KB|"
-                              "Status=Wait 1 Seconds|ErrorDesc=kept|LocalFilePath=" +
-                                  h.folder() + "|WaitTimeInSec=" + wait);
+        SiteContext &ctx =
+            start(h, site, 2,
+                  "DirectURL=127.0.0.1:9/none.bin|LocalFile=none.bin|FileSize=1.5 KB|"
+                  "Status=Wait 1 Seconds|ErrorDesc=kept|LocalFilePath=" +
+                      h.folder() + "|WaitTimeInSec=" + wait);
         ctx.bLinkReady = linkReady;
         ctx.iStep = step;
         ctx.startTimer(interval);
-        QSignalSpy errors(ctx.downloader, &DownloadAsynch::error);
         int count = 0;
         for (; ctx.timer->isEnabled() && count < 1000; ++count) {
             emit ctx.timer->timeout();
-            if (count < steps.size()) {
-                QVERIFY(ctx.timer->isEnabled());
+            if (count < steps.size())
                 QCOMPARE(h.fields(site, 0, {Field::WaitTimeInSec, Field::Status}), steps[count]);
-            }
             // No 0 ever shows while the countdown runs.
             QVERIFY(!ctx.timer->isEnabled() || h.at(site, 0, Field::WaitTimeInSec) != "0");
         }
@@ -286,7 +215,6 @@ private slots:
         QCOMPARE(h.fields(site, 0, {Field::Status, Field::WaitTimeInSec, Field::ErrorDesc}) + u'|' +
                      h.flags(site) + u'|' + h.standIn(site).statusAtCall.join(u','),
                  expected);
-        QVERIFY(errors.isEmpty());
         if (expected.startsWith(u"Connecting..."))
             QCOMPARE(ctx.downloader->fileSize(), 1536.0f);
         h.queues->stopDownloads(site);
@@ -301,16 +229,12 @@ private slots:
         row("percent", "progress", "45.67|1536|4567|61", "1", "45.67|1.5 KB/S|00:01:01|1|2 KB");
         row("rounded", "progress", "-1|2048|1000.6|-1", "1", "1001 Bytes so far|2 KB/S|?|1|2 KB");
         // fileBegin: the server's size replaces the one the recipe guessed.
-        row("size in bytes", "fileBegin", "1023", "Connecting...",
-            "Connecting...|1 KB/S|00:00:05|1|1023 Bytes");
         row("beyond 32 bits", "fileBegin", "2147483648", "1", "1|1 KB/S|00:00:05|1|2 KB");
         row("just below 32 bits", "fileBegin", "2147483520", "1", "1|1 KB/S|00:00:05|1|2 GB");
         row("complete", "complete", "", "99.5", "Complete|||0|2 KB");
         row("connection error", "error", "Connection Error", "1", "Connection Error|||0|2 KB");
-        row("other error", "error", "Connection refused", "12.5", "Error|||0|2 KB");
         row("error in other case", "error", "connection error", "12.5", "Error|||0|2 KB");
         row("stopped at 0%", "stopped", "", "0", "Stopped(0%)|||0|2 KB");
-        row("stopped at 99.99%", "stopped", "", "99.99", "Stopped(100%)|||0|2 KB");
         row("half up to even", "stopped", "", "45.5", "Stopped(46%)|||0|2 KB");
         row("half down to even", "stopped", "", "46.5", "Stopped(46%)|||0|2 KB");
         row("stopped SO FAR", "stopped", "", "12 Bytes SO FAR", "Stopped|||0|2 KB");
@@ -325,8 +249,7 @@ private slots:
         const bool nextRow = event == "complete" || event == "error";
         RecipeHarness h;
         const int site = Sites::RapidShare;
-        setFields(start(h, site, 2).cursor,
-                  "Speed=1 KB/S|TimeLeft=00:00:05|FileSize=2 KB|Status=" + before);
+        start(h, site, 2, "Speed=1 KB/S|TimeLeft=00:00:05|FileSize=2 KB|Status=" + before);
         DownloadAsynch &d = h.queues->downloader(site);
         auto n = [&](int i) { return arguments.value(i).toDouble(); };
         const QHash<QString, std::function<void()>> events = {
@@ -340,28 +263,26 @@ private slots:
         // The error's description is never stored.
         QCOMPARE(h.fields(site, 0,
                           {Field::Status, Field::Speed, Field::TimeLeft, Field::IsDownloading,
-                           Field::FileSize, Field::ErrorDesc}),
-                 after + u'|');
-        QCOMPARE(h.at(site, 1), QString(nextRow ? "Starting..." : "Waiting"));
-        // At the last row an end that moves on finds nothing more.
-        if (nextRow)
-            events[event]();
-        QCOMPARE(h.ranOut, nextRow ? QList<int>{site} : QList<int>());
+                           Field::FileSize, Field::ErrorDesc}) +
+                     u'|' + h.at(site, 1),
+                 after + "||" + (nextRow ? "Starting..." : "Waiting"));
     }
 
     // ---- Against a local server ----
 
     void stopInEachState_data()
     {
-        // The state a stop meets (a stop while resolving:
-        // stopThenStartWhileRecipeWaits).
         const Stops row;
+        row("resolving", "Starting...", "Stopped|0");
         row("counting", "Wait 29 Seconds", "Stopped|29");
         row("handing off", "Connecting...", "Stopped|0");
         row("percent", "45", "Stopped(45%)|0");
         row("so far", "43.95 KB so far", "Stopped|0");
     }
 
+    // A Stop of the site, and a Start of it in the same pump round. While
+    // resolving, the recipe waits inside its poll: the start waits until that
+    // run has seen its stop and returned, then runs.
     void stopInEachState()
     {
         const auto [shown, after] = Stops::fetch();
@@ -376,36 +297,44 @@ private slots:
                              : Answer::http(200, "OK", {{"Content-Type", "text/plain"}}, body);
         // 45000 bytes of the body, then nothing more for an hour.
         partial.cutAt({partial.bytes.size() - body.size() + 45000}, 3600000);
-        server.setAnswer("/big.bin", state == "handing off" ? Answer::silence() : partial);
+        const bool silent = state == "resolving" || state == "handing off";
+        server.setAnswer("/big.bin", silent ? Answer::silence() : partial);
 
         RecipeHarness h;
         const int site = Sites::FileFactory;
         SiteContext &ctx = h.context(site);
         StandInRecipe &standIn = h.standIn(site);
-        standIn.mode = StandInRecipe::Mode::Resolve;
+        standIn.mode =
+            state == "resolving" ? StandInRecipe::Mode::Hold : StandInRecipe::Mode::Resolve;
+        standIn.holdUrl = server.url("/big.bin");
         standIn.wait = counting ? 30 : 0;
         h.add(site, server.url("/big.bin"));
-        h.add(site, server.url("/next.bin"));
         QSignalSpy stopped(ctx.downloader, &DownloadAsynch::stopped);
+        bool stopAsked = false;
+        QObject::connect(&h.list, &DownloadList::fieldChanged, [&] {
+            if (h.at(site, 0) != shown || std::exchange(stopAsked, true))
+                return;
+            QTimer::singleShot(20, [&] {
+                h.queues->stopDownloads(site);
+                QVERIFY(ctx.bStop && !ctx.timer->isEnabled());
+                QCOMPARE(h.fields(site, 0,
+                                  {Field::Status, Field::WaitTimeInSec, Field::Speed,
+                                   Field::TimeLeft, Field::IsDownloading}),
+                         after + "|||0");
+                standIn.mode = StandInRecipe::Mode::Record;
+                h.start(site);
+            });
+        });
+
         h.start(site);
         h.tick(site, counting ? 1 : 0);
-        QTRY_COMPARE_WITH_TIMEOUT(h.at(site, 0), shown, 10000);
-        h.queues->stopDownloads(site);
-        QCOMPARE(h.fields(site, 0,
-                          {Field::Status, Field::WaitTimeInSec, Field::Speed, Field::TimeLeft,
-                           Field::IsDownloading}),
-                 after + "|||0");
-        // A stop never moves on, and no late event of the closed transfer
-        // comes (the start below finds the row as the stop left it).
+        // The start begins at the first eligible row: the stopped one. A stop
+        // never moves on, and no late event of the closed transfer comes.
+        QTRY_COMPARE_WITH_TIMEOUT(standIn.calls.size(), 2, 10000);
         QTest::qWait(100);
-        QVERIFY(stopped.size() == 1 && !ctx.timer->isEnabled() && ctx.bStop && h.ranOut.isEmpty());
-        if (!counting)
-            QTRY_COMPARE(server.closedByClient(), 1);
-
-        // The next start begins at the first eligible row: the stopped one.
-        standIn.mode = StandInRecipe::Mode::Record;
-        h.start(site);
         QCOMPARE(standIn.calls, QStringList(2, server.url("/big.bin")));
+        QVERIFY(stopped.size() == 1 && standIn.maxDepth == 1 && h.ranOut.isEmpty());
+        QTRY_COMPARE(server.closedByClient(), counting ? 0 : 1);
     }
 
     void twoSitesSideBySide()
@@ -428,12 +357,10 @@ private slots:
             server.setAnswer(path(site).toLatin1(), Answer::ok(body(site)).cutEvery(4096, 15));
             h.add(site, server.url(path(site)));
         }
+        // A percent or a size so far: FileFactory's transfer is under way.
         int overlaps = 0;
-        QObject::connect(&h.queues->downloader(Sites::RapidShare), &DownloadAsynch::progress, [&] {
-            bool isNumber = false;
-            h.at(Sites::FileFactory, 0).toDouble(&isNumber);
-            overlaps += isNumber ? 1 : 0;
-        });
+        QObject::connect(&h.queues->downloader(Sites::RapidShare), &DownloadAsynch::progress,
+                         [&] { overlaps += h.at(Sites::FileFactory, 0).front().isDigit(); });
 
         h.queues->startDownloadClicked();
         for (int site : sites) {
@@ -444,7 +371,7 @@ private slots:
     }
 
 private:
-    std::unique_ptr<Sandbox> m_sandbox;
+    Sandbox m_sandbox;
 };
 
 QTEST_GUILESS_MAIN(TestSiteQueues)
