@@ -1,6 +1,6 @@
-// The main window: the link box, its controls, the start and stop menus,
-// link editing and the grid; the tray menu, the list bar, the wheel, a
-// link row's context menu and dropped text.
+// The main window: the link box, its controls, the start, stop and tray
+// menus, link editing and the grid; the list bar, the wheel, a link row's
+// context menu and dropped text.
 #include "app/about.h"
 #include "app/appcore.h"
 #include "app/cregister.h"
@@ -21,7 +21,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMimeData>
-#include <QScrollBar>
 #include <QSystemTrayIcon>
 #include <QTreeView>
 #include <QtTest>
@@ -48,6 +47,8 @@ private slots:
     {
         m = std::make_unique<Rig>();
         m->core.setLinkListPath(m->sandbox.path("LinkList.lq"));
+        // Should anything start the sites of the links the tests add, nothing
+        // leaves the machine.
         for (int site : {1, 2, 7})
             m->core.queues().setRecipe(site, std::make_unique<StandInRecipe>());
         m->window.show();
@@ -83,7 +84,8 @@ private slots:
     }
 
     // The controls around the grid: the two boxes under it, the download
-    // folder, and the title strip's buttons and band.
+    // folder, and the title strip's buttons and band, with About, Help and
+    // Update.
     void windowControls()
     {
         // After each click: the two boxes, then the sub-folder setting and a
@@ -125,6 +127,25 @@ private slots:
         m->core.setDownloadDir(disc);
         QCOMPARE(label->text(), disc);
 
+        // Update asks the maker's page about this version; Help opens the
+        // guide beside the program, and nothing without one; About shows the
+        // version and opens the maker's address.
+        QCOMPARE(About::versionText(2, 5, 31), "2.5.0.31");
+        click("lblUpdate");
+        click("cmdHelp");
+        QFile guide(QCoreApplication::applicationDirPath() + "/guide.html");
+        QVERIFY(guide.open(QIODevice::WriteOnly));
+        click("cmdHelp");
+        guide.remove();
+        AboutDialog about(&m->prompts);
+        about.show();
+        QCOMPARE(about.findChild<QLabel *>("lblVer")->text(), About::versionText());
+        QTest::mouseClick(about.findChild<QLabel *>("lblOptions"), Qt::LeftButton);
+        QCOMPARE(m->prompts.opened,
+                 (QStringList{About::makerHost + "/updates.html?V=" + About::versionText() +
+                                  "&N=TessalwickDownloadManager",
+                              guide.fileName(), About::makerHost}));
+
         // Without a tray the window would be lost: it is minimised instead.
         MainWindow *window = &m->window;
         const bool tray = QSystemTrayIcon::isSystemTrayAvailable();
@@ -143,35 +164,30 @@ private slots:
         QTest::mouseClick(window, Qt::LeftButton, {}, QPoint(100, 6));
         QCOMPARE(drag.count(), 2);
 
-        // Close is refused while a row downloads; once nothing runs, the list
-        // is saved and the program ends.
-        add("rapidshare.com/files/1/a.zip", 1);
+        // With nothing running, close saves the list and ends the program
+        // without a word (its refusal is the tray's Exit in siteMenus()).
+        // Each refusal of the optical disc was told.
+        add(1, "rapidshare.com/files/1/a.zip");
         QSignalSpy quit(&m->core, &AppCore::quitRequested);
-        const QString saved = m->sandbox.path("LinkList.lq");
-        m->core.list().setField(m->core.list().childAt(1, 0), Field::IsDownloading, "1");
         click("cmdClose");
-        QVERIFY(quit.isEmpty() && !QFile::exists(saved) && window->isVisible());
-        m->core.list().setField(m->core.list().childAt(1, 0), Field::IsDownloading, "0");
-        click("cmdClose");
-        QVERIFY(quit.count() == 1 && QFile::exists(saved) && !window->isVisible());
-        // Each refusal was told: three of the optical disc, one of the close.
-        const QString cdRom = box("Selected drive is CD ROM, Please select another folder");
+        QVERIFY(quit.count() == 1 && QFile::exists(m->sandbox.path("LinkList.lq")) &&
+                !window->isVisible());
         QCOMPARE(m->prompts.told(),
-                 (QStringList{cdRom, cdRom, cdRom,
-                              box("There is one download or more currently running, "
-                                  "Please Stop downloading first.")}));
+                 QStringList(3, box("Selected drive is CD ROM, Please select another folder")));
     }
 
     // The menus' entry n starts or stops site n, after "All" and a separator;
     // MediaFire's can't be chosen. The drop-down part of each button opens
     // its menu, and is no click; the buttons' own parts start and stop every
-    // site but MediaFire.
-    void startStopMenus()
+    // site but MediaFire. The tray menu writes its captions at each opening;
+    // an entry of Downloads acts by the caption it shows, Stop All Sites only
+    // while something runs, and Exit is the close button.
+    void siteMenus()
     {
         // A link under every site, each site with a recipe that records its
         // start and leaves the row as the queue marked it: nothing leaves the machine.
         for (int s = 1; s <= Sites::Count; ++s) {
-            add(QString("http://host%1/file").arg(s), s);
+            add(s, QString("http://host%1/file").arg(s));
             auto standIn = std::make_unique<StandInRecipe>();
             standIn->order = &m->resolved;
             m->core.queues().setRecipe(s, std::move(standIn));
@@ -199,7 +215,35 @@ private slots:
         entry(start, 0)->trigger();
         QCOMPARE(m->resolved, (QList<int>{1, 2, 3, 4, 6, 7, 8, 7, 1, 2, 3, 4, 6, 8}));
         entry(stop, 0)->trigger();
-        QVERIFY(!m->core.isAnyDownloading());
+
+        // The tray, once "All" has stopped every site: Start All, Stop All
+        // and MediaFire enabled or not, then the captions, as the menu opens.
+        auto captions = [&] {
+            m->window.menuHolder()->prepareTrayMenu();
+            QString seen;
+            for (const char *name : {"mnuStatAllSites", "mnuStopAllSites", "mnuStartMediaFire"})
+                seen += action(name)->isEnabled() ? '1' : '0';
+            for (const char *name : {"mnuStartRapidShare", "mnuStartHotFile", "mnuStartYoutube"})
+                seen += '|' + action(name)->text();
+            return seen;
+        };
+        QCOMPARE(captions(), "100|Start RapidShare|Start HotFile|Start Youtube");
+        action("mnuStartHotFile")->trigger(); // "Start HotFile": the site starts
+        QCOMPARE(captions(), "110|Start RapidShare|Stop HotFile|Start Youtube");
+        // The caption is the only state: an old "Start" stops what doesn't run.
+        action("mnuStartRapidShare")->setText("Stop RapidShare");
+        action("mnuStartRapidShare")->trigger();
+        QCOMPARE(m->resolved.mid(14), QList<int>{7});
+
+        // Exit is refused while a site runs: it is told, the window stays
+        // (the program would have closed it), the list isn't saved.
+        action("mnuExit")->trigger();
+        QCOMPARE(m->prompts.told(), QStringList{box("There is one download or more currently "
+                                                    "running, Please Stop downloading first.")});
+        QVERIFY(m->window.isVisible() && !QFile::exists(m->sandbox.path("LinkList.lq")));
+        m->window.hide();
+        action("mnuShow")->trigger();
+        QVERIFY(m->window.isVisible());
     }
 
     // The question is answered yes where the link should change.
@@ -224,23 +268,24 @@ private slots:
     {
         const auto [present, typed, message, result] = EditLinks::fetch();
         DownloadList &list = m->core.list();
-        add(present, 1);
+        add(1, present, "Complete");
         LinkRow *row = list.childAt(1, 0);
         list.setField(row, Field::DirectURL, "http://direct/a.zip");
-        list.setField(row, Field::Status, "Complete");
         m->prompts.answers.enqueue(result != present ? Prompts::Answer::Yes : Prompts::Answer::No);
-        if (result == "<gone>")
-            m->prompts.whileAsking = [&] { list.removeRow(row); };
-        auto now = [row] { return QStringList(row->values.begin(), row->values.end()); };
-        QStringList after = now();
+        QStringList after(row->values.begin(), row->values.end());
         after[int(Field::LinkURL)] = result;
+        if (result == "<gone>") {
+            m->prompts.whileAsking = [&] { list.removeRow(row); };
+            after.clear();
+        }
         const QModelIndex cell = cellAt(0, Field::LinkURL);
         QVERIFY(cell.flags() & Qt::ItemIsEditable);
         QCOMPARE(cell.data(Qt::EditRole).toString(), present);
         m->window.gridModel()->setData(cell, typed);
         QCOMPARE(m->prompts.told(), message.isEmpty() ? QStringList() : QStringList{message});
-        QCOMPARE(list.childCount(1) ? now() : QStringList(),
-                 result == "<gone>" ? QStringList() : after);
+        QCOMPARE(list.childCount(1) ? QStringList(row->values.begin(), row->values.end())
+                                    : QStringList(),
+                 after);
     }
 
     // The grid's site rows; a click on the tick changes it without a
@@ -261,7 +306,7 @@ private slots:
         };
         // The MediaFire row never shows, while its links exist all the same:
         // not after a reopened list, nor after any walk of the link intake.
-        add("mediafire.com/?abc", 5);
+        add(5, "mediafire.com/?abc");
         QCOMPARE(m->window.model()->rowCount(m->window.model()->siteIndex(5)), 1);
         rows();
         m->core.list().open();
@@ -282,7 +327,7 @@ private slots:
         // Site 1 is expanded now, as every row. Qt's check box sits at the
         // cell's left; a click there toggles it: the row's value and the
         // cell's state.
-        add("http://rapidshare.com/files/1/f.zip", 1);
+        add(1, "http://rapidshare.com/files/1/f.zip");
         const QModelIndex tick = cellAt(0, Field::CheckBox);
         const QRect cell = grid->visualRect(tick);
         auto clickTick = [&] {
@@ -298,157 +343,93 @@ private slots:
         // expansion (the list model's test holds to its signals: no reset, no
         // new layout).
         grid->setCurrentIndex(cellAt(0, Field::LinkURL));
-        QCoreApplication::processEvents();
         m->core.list().setField(m->core.list().childAt(1, 0), Field::Status, "45.5");
-        add("http://rapidshare.com/files/2/f.zip", 1);
-        QCoreApplication::processEvents();
+        add(1, "http://rapidshare.com/files/2/f.zip");
+        QCoreApplication::processEvents(); // the grid paints them
         QCOMPARE(grid->selectionModel()->selectedRows(), QModelIndexList{cellAt(0, Field::ItemID)});
         QVERIFY(grid->isExpanded(site(1)));
     }
 
-    // Each opening writes the captions; an entry of Downloads acts by the
-    // caption it shows, Stop All Sites only while something runs, and Exit
-    // is the close button.
-    void trayMenu()
-    {
-        addRow(1, "http://rapidshare.com/files/1/a.zip");
-        addRow(7, "http://hotfile.com/dl/2/b.rar");
-        // Start All, Stop All and MediaFire enabled or not, then the captions.
-        auto captions = [&] {
-            m->window.menuHolder()->prepareTrayMenu();
-            QString seen;
-            for (const char *name : {"mnuStatAllSites", "mnuStopAllSites", "mnuStartMediaFire"})
-                seen += action(name)->isEnabled() ? '1' : '0';
-            for (const char *name : {"mnuStartRapidShare", "mnuStartHotFile", "mnuStartYoutube"})
-                seen += '|' + action(name)->text();
-            return seen;
-        };
-        QCOMPARE(captions(), "100|Start RapidShare|Start HotFile|Start Youtube");
-        action("mnuStartHotFile")->trigger(); // "Start HotFile": the site starts
-        QCOMPARE(m->core.list().childAt(7, 0)->values[int(Field::Status)], "Starting...");
-        QCOMPARE(captions(), "110|Start RapidShare|Stop HotFile|Start Youtube");
-        // The caption is the only state: an old "Start" starts what runs.
-        action("mnuStartRapidShare")->setText("Stop RapidShare");
-        action("mnuStartRapidShare")->trigger();
-        QCOMPARE(m->core.list().childAt(1, 0)->values[int(Field::Status)], "Waiting");
-
-        action("mnuExit")->trigger();
-        QCOMPARE(m->prompts.messages.value(0).text, "There is one download or more currently "
-                                                    "running, Please Stop downloading first.");
-        QVERIFY(m->window.isVisible());
-        m->window.hide();
-        action("mnuShow")->trigger();
-        QVERIFY(m->window.isVisible());
-    }
-
-    // The buttons act on ticked rows and keep the grid where it was.
-    void listButtons()
+    // The list bar's buttons act on ticked rows and keep the grid where it
+    // was. Then the wheel over the window scrolls the grid a line a turn
+    // while the grid is active: towards the end for a turn towards the
+    // user, towards the top otherwise, a zero turn included. With a button
+    // active it doesn't.
+    void listBarAndWheel()
     {
         DownloadList &list = m->core.list();
         for (int i = 0; i < 40; ++i)
-            addRow(1, QString("http://rapidshare.com/files/%1/a.zip").arg(i),
-                   i == 3 ? "50" : "Waiting", i == 2 || i == 3);
+            add(1, QString("http://rapidshare.com/files/%1/a.zip").arg(i),
+                i == 3 ? "50" : "Waiting", i == 2 || i == 3);
         list.setField(list.childAt(1, 3), Field::IsDownloading, "1");
-        addRow(7, "http://hotfile.com/dl/1/e.rar", "Connection Error");
-        m->window.grid()->expandAll();
+        add(7, "http://hotfile.com/dl/1/e.rar", "Connection Error");
+        add(7, "http://hotfile.com/dl/2/f.rar", "ERROR");
+        QTreeView *grid = m->window.grid();
+        grid->expandAll();
         m->window.setFirstVisibleRow(5);
-        press("cmdUp");
+        click("cmdUp");
         QCOMPARE(rowsOf(list).mid(1, 2), (QStringList{"1|http://rapidshare.com/files/2/a.zip",
                                                       "1|http://rapidshare.com/files/1/a.zip"}));
         // The running row stays; Remove tells of it.
-        press("cmdRemoveSelected");
+        click("cmdRemoveSelected");
         QCOMPARE(list.childCount(1), 39);
         QCOMPARE(m->prompts.messages.size(), 1);
         QCOMPARE(m->window.firstVisibleRow(), 5);
-        press("cmdClearError");
+        click("cmdClearError");
         QCOMPARE(list.childCount(7), 0);
-    }
 
-    // The wheel over the window scrolls the grid a line a turn while the grid
-    // is active: towards the end for a turn towards the user, towards the
-    // top otherwise, a zero turn included. With a button active it doesn't.
-    void wheel()
-    {
-        for (int i = 0; i < 60; ++i)
-            addRow(1, QString("http://rapidshare.com/files/%1/a.zip").arg(i));
-        m->window.grid()->expandAll();
-        QScrollBar *bar = m->window.grid()->verticalScrollBar();
-        bar->setValue(10);
         const QPoint body(20, m->window.height() - 20); // the foot, not the grid
         auto turn = [&](int delta) {
             QWheelEvent event(body, m->window.mapToGlobal(body), {}, QPoint(0, delta), Qt::NoButton,
                               {}, Qt::NoScrollPhase, false);
             QApplication::sendEvent(&m->window, &event);
-            return bar->value();
+            return m->window.firstVisibleRow();
         };
-        m->window.grid()->setFocus();
-        QTRY_VERIFY(QApplication::focusWidget() == m->window.grid());
+        grid->setFocus();
+        QTRY_VERIFY(QApplication::focusWidget() == grid);
         QCOMPARE((QList<int>{turn(-120), turn(-360), turn(120), turn(0)}),
-                 (QList<int>{11, 12, 11, 10}));
+                 (QList<int>{6, 7, 6, 5}));
         m->window.findChild<SkinButton *>("cmdBrowse")->setFocus();
-        QTRY_VERIFY(QApplication::focusWidget() != m->window.grid());
-        QCOMPARE(turn(-120), 10);
-    }
-
-    // Update asks the maker's page about this version; Help opens the
-    // guide beside the program, and nothing without one; About shows the
-    // version and opens the maker's address.
-    void aboutHelpUpdate()
-    {
-        QCOMPARE(About::versionText(2, 5, 31), "2.5.0.31");
-        press("lblUpdate");
-        press("cmdHelp");
-        QFile guide(QCoreApplication::applicationDirPath() + "/guide.html");
-        QVERIFY(guide.open(QIODevice::WriteOnly));
-        press("cmdHelp");
-        guide.remove();
-        AboutDialog about(&m->prompts);
-        about.show();
-        QCOMPARE(about.findChild<QLabel *>("lblVer")->text(), About::versionText());
-        QTest::mouseClick(about.findChild<QLabel *>("lblOptions"), Qt::LeftButton);
-        QCOMPARE(m->prompts.opened,
-                 (QStringList{About::makerHost + "/updates.html?V=" + About::versionText() +
-                                  "&N=TessalwickDownloadManager",
-                              guide.fileName(), About::makerHost}));
+        QTRY_VERIFY(QApplication::focusWidget() != grid);
+        QCOMPARE(turn(-120), 5);
     }
 
     // A link row's menu opens a complete file and its folder and copies the
     // link; dropped text goes in as the add button takes it.
     void rowMenuAndDrop()
     {
-        addRow(1, "http://rapidshare.com/files/1/a.zip", "Complete");
-        addRow(1, "http://rapidshare.com/files/2/b.zip", "Complete");
         DownloadList &list = m->core.list();
-        const QString folder = m->sandbox.path("downloads");
-        QDir().mkpath(folder);
+        const QString folder = m->sandbox.home();
         QFile(folder + "/a.zip").open(QIODevice::WriteOnly);
-        for (int i : {0, 1}) {
-            list.setField(list.childAt(1, i), Field::LocalFilePath, folder);
-            list.setField(list.childAt(1, i), Field::LocalFile, i ? "b.zip" : "a.zip");
+        for (const char *file : {"a.zip", "b.zip"}) { // b.zip isn't there
+            add(1, QString("http://rapidshare.com/files/") + file, "Complete");
+            list.setField(list.childAt(1, list.childCount(1) - 1), Field::LocalFilePath, folder);
+            list.setField(list.childAt(1, list.childCount(1) - 1), Field::LocalFile, file);
         }
         m->window.grid()->expandAll();
+        // Each opening: its entries enabled or not, and the one chosen.
         QStringList offered;
-        auto choose = [&](int row, const char *caption) {
-            m->window.setRowMenuChoice([&, caption](QMenu *menu) -> QAction * {
-                QString enabled;
-                for (QAction *a : menu->actions())
-                    enabled += a->isEnabled() ? '1' : '0';
-                offered << enabled;
-                for (QAction *a : menu->actions())
-                    if (a->text() == caption)
-                        return a;
-                return nullptr;
-            });
-            const QModelIndex site = m->window.gridModel()->index(0, 0);
-            const QModelIndex cell = m->window.gridModel()->index(row, int(Field::LinkURL), site);
-            m->window.showRowMenu(m->window.grid()->visualRect(cell).center());
+        QString caption;
+        m->window.setRowMenuChoice([&](QMenu *menu) {
+            QAction *chosen = nullptr;
+            offered << QString();
+            for (QAction *a : menu->actions()) {
+                offered.last() += a->isEnabled() ? '1' : '0';
+                chosen = a->text() == caption ? a : chosen;
+            }
+            return chosen;
+        });
+        auto choose = [&](int row, const char *text) {
+            caption = text;
+            m->window.showRowMenu(
+                m->window.grid()->visualRect(cellAt(row, Field::LinkURL)).center());
         };
         choose(0, "Open File");
         choose(0, "Open Containing Folder");
         choose(1, "Copy Link");
-        QCOMPARE(offered, (QStringList{"111", "111", "011"})); // b.zip isn't there
+        QCOMPARE(offered, (QStringList{"111", "111", "011"}));
         QCOMPARE(m->prompts.opened, (QStringList{folder + "/a.zip", folder}));
-        QCOMPARE(m->prompts.copied, QStringList{"http://rapidshare.com/files/2/b.zip"});
+        QCOMPARE(m->prompts.copied, QStringList{"http://rapidshare.com/files/b.zip"});
 
         QMimeData mime;
         mime.setText("see http://hotfile.com/dl/9/c.rar here");
@@ -465,27 +446,22 @@ private:
     {
         return m->window.menuHolder()->findChild<QAction *>(QString::fromLatin1(name));
     }
-    void addRow(int site, const QString &link, const char *status = "Waiting", bool ticked = false)
-    {
-        DownloadList &list = m->core.list();
-        QVERIFY(list.addLinkToList(link, site, nullptr));
-        LinkRow *row = list.childAt(site, list.childCount(site) - 1);
-        list.setField(row, Field::Status, status);
-        list.setField(row, Field::CheckBox, ticked ? "1" : "0");
-    }
-    void press(const char *name)
-    {
-        auto *button = m->window.findChild<SkinButton *>(QString::fromLatin1(name));
-        QVERIFY(button && button->isEnabled());
-        QTest::mouseClick(button, Qt::LeftButton, {}, button->rect().center() - QPoint(4, 0));
-    }
-    // A click at the middle, or at `at`: a split button's own part is its left.
+    // A click on an enabled control, at its middle or at `at` (a split
+    // button's own part is its left).
     void click(const QString &name, QPoint at = {})
     {
-        QTest::mouseClick(m->window.findChild<QWidget *>(name), Qt::LeftButton, {}, at);
+        auto *widget = m->window.findChild<QWidget *>(name);
+        QVERIFY(widget && widget->isEnabled());
+        QTest::mouseClick(widget, Qt::LeftButton, {}, at);
     }
-    // Adds the link `u` under site `s`.
-    void add(const QString &u, int s) { QVERIFY(m->core.list().addLinkToList(u, s, &m->prompts)); }
+    // Adds the link `u` under site `s`, with its status and tick.
+    void add(int s, const QString &u, const char *status = "Waiting", bool ticked = false)
+    {
+        DownloadList &list = m->core.list();
+        QVERIFY(list.addLinkToList(u, s, &m->prompts));
+        list.setField(list.childAt(s, list.childCount(s) - 1), Field::Status, status);
+        list.setField(list.childAt(s, list.childCount(s) - 1), Field::CheckBox, ticked ? "1" : "0");
+    }
     // The grid's index of a site row (in number order), and of a cell of a
     // link row under site 1.
     QModelIndex site(int n) const { return m->window.gridModel()->index(n - 1, 0); }
