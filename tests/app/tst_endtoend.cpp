@@ -25,10 +25,12 @@
 
 namespace {
 
-// What the file's address answers; the row's words at the end and its size,
-// what the file holds ("-" for no file), the setup (1 full disk, 2 read-only
-// folder).
-using Faults = Table<QByteArray, QString, QString, QByteArray, int>;
+// What the file's address answers: "loop:" a redirect to itself, else the
+// bytes after "raw:", "stall:" (then silence), "reset:" (then a reset),
+// "disk:" (to a program whose disk is full) or "read-only:" (to a read-only
+// download folder). The row's words at the end and its size, what the file
+// holds (empty: none, or an empty one).
+using Faults = Table<QByteArray, QString, QString, QByteArray>;
 
 QByteArray numbers(int count)
 {
@@ -51,9 +53,9 @@ void fullDisk()
 // up for good, so a read-only folder is read-only to it too.
 void noOverride()
 {
-    ::prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0);
-    ::prctl(PR_CAPBSET_DROP, 2 /* CAP_DAC_READ_SEARCH */, 0, 0, 0);
-    ::prctl(PR_CAPBSET_DROP, 3 /* CAP_FOWNER */, 0, 0, 0);
+    // CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH, CAP_FOWNER
+    for (int capability : {1, 2, 3})
+        ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0);
 }
 
 } // namespace
@@ -109,9 +111,8 @@ void TestEndToEnd::allSites()
     clock.start();
     QVERIFY(program.start());
     QVERIFY(program.handOver(page));
-    QDir folder(downloads);
-    QTRY_VERIFY_WITH_TIMEOUT(folder.entryList(QDir::Files).size() == 7, 60000);
-    for (const QFileInfo &file : folder.entryInfoList(QDir::Files))
+    QTRY_VERIFY_WITH_TIMEOUT(QDir(downloads).entryList(QDir::Files).size() == 7, 60000);
+    for (const QFileInfo &file : QDir(downloads).entryInfoList(QDir::Files))
         QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(file.filePath()).size(), qint64(content.size()), 30000);
     QVERIFY(program.terminate());
     const QByteArray list = program.listFile();
@@ -129,7 +130,7 @@ void TestEndToEnd::allSites()
 // file's address answers whole, or with a network or disk fault.
 void TestEndToEnd::faults_data()
 {
-    const Faults table;
+    const Faults row;
     const QByteArray content = numbers(10000); // 48,890 bytes
     const QByteArray ok = "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n";
     const QByteArray header =
@@ -137,9 +138,6 @@ void TestEndToEnd::faults_data()
     const QByteArray half = content.left(content.size() / 2);
     const QByteArray notFound = "HTTP/1.1 404 Not Found\r\n\r\n<html>gone</html>";
     const QByteArray serverError = "HTTP/1.1 500 Internal Server Error\r\n\r\n<html>oops</html>";
-    auto row = [&](const char *name, const QByteArray &answer, const QString &status,
-                   const QString &size, const QByteArray &file,
-                   int setup = 0) { table(name, answer, status, size, file, setup); };
     // The size the page told is replaced by the one the transfer reported;
     // a Content-Length in the header's last line is not read.
     row("whole", "raw:" + TestServer::Answer::ok(content).bytes, "Complete",
@@ -150,16 +148,16 @@ void TestEndToEnd::faults_data()
     row("garbage", "raw:garbage, not a page", "Connection Error", "123 KB", "garbage, not a page");
     row("404", "raw:" + notFound, "Connection Error", "123 KB", notFound);
     row("500", "raw:" + serverError, "Connection Error", "123 KB", serverError);
-    row("redirect loop", "loop:", "Connecting...", "123 KB", "-");
+    row("redirect loop", "loop:", "Connecting...", "123 KB", "");
     row("shorter than told", "raw:" + ok + "Content-Length: 99999\r\n\r\n" + half, "Complete",
         "123 KB", half);
-    row("full disk", "raw:" + header + content, "Error", "123 KB", content.left(20000), 1);
-    row("read-only folder", "raw:" + header + content, "Error", "123 KB", "-", 2);
+    row("full disk", "disk:" + header + content, "Error", "123 KB", content.left(20000));
+    row("read-only folder", "read-only:" + header + content, "Error", "123 KB", "");
 }
 
 void TestEndToEnd::faults()
 {
-    const auto [answer, status, size, file, setup] = Faults::fetch();
+    const auto [answer, status, size, file] = Faults::fetch();
     Sandbox sandbox;
     FakeRapidShare site;
     ProgramRun program(sandbox, "rapidshare=" + site.hostPort());
@@ -170,22 +168,21 @@ void TestEndToEnd::faults()
     const QString link = site.addFile("13", "data.bin", QByteArray());
     const QByteArray path = FakeRapidShare::filePath("13", "data.bin");
     const QByteArray kind = answer.left(answer.indexOf(':')), bytes = answer.mid(kind.size() + 1);
+    TestServer::Answer reply = kind == "loop" ? TestServer::Answer::redirect(302, site.url(path))
+                                              : TestServer::Answer::raw(bytes);
     if (kind == "stall")
-        site.server().setAnswer(path, TestServer::Answer::raw(bytes).keepOpen());
-    else if (kind == "reset")
-        site.server().setAnswer(path, TestServer::Answer::raw(bytes).thenReset());
-    else if (kind == "loop")
-        site.server().setAnswer(path, TestServer::Answer::redirect(302, site.url(path)));
-    else
-        site.server().setAnswer(path, TestServer::Answer::raw(bytes));
+        reply.keepOpen();
+    if (kind == "reset")
+        reply.thenReset();
+    site.server().setAnswer(path, reply);
     const QString downloads = sandbox.path("downloads");
-    QVERIFY(QDir().mkpath(downloads));
     Settings::save("DownDir", downloads);
     Settings::save("StartAfterCatch", "1");
-    if (setup == 1)
+    if (kind == "disk")
         program.setChildSetup(fullDisk);
-    if (setup == 2) {
-        QVERIFY(QFile::setPermissions(downloads, QFile::ReadOwner | QFile::ExeOwner));
+    if (kind == "read-only") {
+        QVERIFY(QDir().mkpath(downloads) &&
+                QFile::setPermissions(downloads, QFile::ReadOwner | QFile::ExeOwner));
         program.setChildSetup(noOverride);
         // Where the superuser can't give its power up, the folder can't be read-only.
         QProcess probe;
@@ -200,10 +197,9 @@ void TestEndToEnd::faults()
     // The loop never ends by itself: the test ends it after twenty rounds.
     QTRY_VERIFY_WITH_TIMEOUT(site.requestLines().count("GET " + path) >= (kind == "loop" ? 20 : 1),
                              20000);
-    const QString page = QString(FakeRapidShare::firstPath("13", "data.bin"));
     QCOMPARE(site.requestLines().mid(0, 3),
-             (QStringList{"GET " + page, "POST " + FakeRapidShare::postPath("13", "data.bin"),
-                          "GET " + path}));
+             (QStringList{"GET " + FakeRapidShare::firstPath("13", "data.bin"),
+                          "POST " + FakeRapidShare::postPath("13", "data.bin"), "GET " + path}));
     // The program lives through it and still takes what others hand over.
     QTest::qWait(kind == "stall" ? 2500 : 500);
     QVERIFY(program.running());
@@ -212,16 +208,8 @@ void TestEndToEnd::faults()
     QVERIFY(program.terminate());
     QCOMPARE(QString::fromUtf8(program.listFile()).split("\r\n"),
              (QStringList{"1", link, "data.bin", status, size, downloads, ""}));
-    QVERIFY2(program.log().contains("balloon: [Tessalwick] 1 Link Added"),
-             program.log().constData());
     QFile saved(downloads + "/data.bin");
-    if (file == "-")
-        QVERIFY(!saved.exists() || saved.size() == 0);
-    else {
-        QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(saved.readAll(), file);
-    }
-    QFile::setPermissions(downloads, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QCOMPARE(saved.open(QIODevice::ReadOnly) ? saved.readAll() : QByteArray(), file);
 }
 
 QTEST_GUILESS_MAIN(TestEndToEnd)
