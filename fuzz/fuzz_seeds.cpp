@@ -43,12 +43,11 @@ void page(int reader, const QString &link, const QString &text)
 void pages()
 {
     const QString direct = QStringLiteral("http://files.example/dl/1234/movie.avi");
-    page(0, {}, QString::fromLatin1(FakeRapidShare::filePage("/post/1", "movie.avi")));
-    page(0, {}, QString::fromLatin1(FakeRapidShare::goneFirstPage()));
-    page(1, "http://rapidshare.com/files/1/movie.avi",
-         QString::fromLatin1(FakeRapidShare::downloadPage(direct, 45, "1024", "movie.avi")));
-    page(1, {}, QString::fromLatin1(FakeRapidShare::minutesErrorPage("3")));
-    page(1, {}, QString::fromLatin1(FakeRapidShare::goneErrorPage()));
+    page(0, {}, FakeRapidShare::filePage("/post/1", "movie.avi"));
+    page(0, {}, FakeRapidShare::goneFirstPage);
+    page(1, "http://rapidshare.com/files/1/movie.avi", FakeRapidShare::downloadPage(direct, 45));
+    page(1, {}, FakeRapidShare::minutesErrorPage("3"));
+    page(1, {}, FakeRapidShare::goneErrorPage);
     page(2, {}, FakeYoutube::watchPage("AbCdEf", "T0k%3Den", "A &quot;title&quot;"));
     page(3, {}, "http%3A%2F%2Fexample%2Fa%zz");
     page(4, {}, "http://www.megaupload.com/?d=ABCDEFGH");
@@ -58,7 +57,7 @@ void pages()
     page(6, {}, FakeMegaUpload::gonePage);
     page(7, {}, FakeMegaUpload::downloadPage(direct, "45"));
     page(8, "http://www.4shared.com/file/123/abc.html?x=1", {});
-    page(9, {}, FakeFourShared::downloadPage(direct + "?tsid=1", "20"));
+    page(9, {}, FakeFourShared::downloadPage.arg("20", direct + "?tsid=1"));
     page(10, {}, "<script>function DoShow(){}</script>");
     page(11, "http://www.mediafire.com/?key",
          FakeMediaFire::scriptPage({"var a='dl'", "var b='123'"}));
@@ -66,12 +65,13 @@ void pages()
     page(13, {}, FakeDepositFiles::downloadPage(direct, "movie.avi", 60));
     page(13, {}, FakeDepositFiles::slotsBusyPage + FakeDepositFiles::gonePage);
     page(14, {}, FakeHotFile::formPage("41", "1500"));
-    page(15, "http://hotfile.com/dl/41/movie.avi", FakeHotFile::downloadPage(direct));
+    page(15, "http://hotfile.com/dl/41/movie.avi",
+         "<a href=\"" + direct + "\" class=click_download>Get</a>");
     page(15, {}, FakeHotFile::disabledPage);
-    page(16, {}, FakeFileFactory::firstPage("/dlf/1"));
+    page(16, {}, FakeFileFactory::firstPage.arg("/dlf/1"));
     page(16, {}, FakeFileFactory::noSlotsPage + FakeFileFactory::tryLaterPage);
     page(17, "http://www.filefactory.com/file/1/movie.avi",
-         FakeFileFactory::downloadPage(direct, "30"));
+         FakeFileFactory::downloadPage.arg("30", direct));
     page(18, {}, "You must wait 120 seconds");
     page(19, direct, "movie.avi?x=1");
 }
