@@ -85,13 +85,9 @@ void RecipeSite::connectionError()
     write(*this, Reading().fail(StatusText::ConnectionError));
 }
 
-void RecipeSite::notFound(const QString &errorDesc)
+void RecipeSite::notFound()
 {
-    Reading reading;
-    reading.fail(StatusText::NotFound);
-    if (!errorDesc.isNull())
-        reading.set(Field::ErrorDesc, errorDesc);
-    write(*this, reading);
+    write(*this, Reading().fail(StatusText::NotFound));
 }
 
 void RecipeSite::pageError()
@@ -102,11 +98,6 @@ void RecipeSite::pageError()
 void RecipeSite::longWait(const QString &minutes)
 {
     write(*this, Reading().waitMinutes(minutes));
-}
-
-void RecipeSite::resolved(int seconds)
-{
-    write(*this, Reading().waitSeconds(QString::number(seconds)));
 }
 
 void RecipeSite::writeFailure(const QString &word)

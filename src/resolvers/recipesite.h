@@ -89,14 +89,10 @@ public:
     // ---- The outcomes ----
     void stopped();
     void connectionError();
-    // ErrorDesc is written only when a description is given.
-    void notFound(const QString &errorDesc = QString());
+    void notFound();
     void pageError();
     // `minutes` as the page gave it; it has to read as a number.
     void longWait(const QString &minutes);
-    // Writes the wait and starts the countdown. The row's address, file,
-    // folder and size must have been written before.
-    void resolved(int seconds);
 
     // ---- The pieces they are made of ----
     // `word` into Status and "0" into WaitTimeInSec.

@@ -1,8 +1,7 @@
 // Start-up with real processes of the program: single instance, the hand-over
 // to a running instance, stale hand-over names and locks, and the list saved
 // on termination.
-#include "app/captureserver.h"
-#include "app/cregister.h"
+#include "programrun.h"
 #include "sandbox.h"
 
 #include <QtTest>
@@ -10,24 +9,11 @@
 class TestStartup : public QObject
 {
     Q_OBJECT
-    QString m_exe;
-
-    // The program runs without a screen and writes its prompts to standard
-    // error (set in this process's environment, which it inherits with the
-    // sandbox).
-    std::unique_ptr<QProcess> start(const QStringList &args = {})
+    // What a run said through its prompts: its lines of standard error that
+    // are messages or balloons.
+    static QString promptsOf(ProgramRun &run)
     {
-        auto process = std::make_unique<QProcess>();
-        process->start(m_exe, args);
-        process->waitForStarted();
-        return process;
-    }
-    static QString handle() { return Settings::get("AppTextHandle", QString()); }
-    // What a process said through its prompts: its lines of standard error
-    // that are messages or balloons.
-    static QString promptsOf(QProcess &process)
-    {
-        const QStringList lines = QString(process.readAllStandardError()).split('\n');
+        const QStringList lines = QString(run.log()).split('\n');
         return lines.filter(QRegularExpression("^(message|balloon): ")).join('\n');
     }
 
@@ -43,28 +29,16 @@ private slots:
     void startUps()
     {
         Sandbox sandbox;
-        // A private copy of the program; its list lands in the sandbox's data folder.
-        const QString built = qEnvironmentVariable("TESSALWICK_EXE");
-        if (built.isEmpty() || !QFile::exists(built))
-            QSKIP("TESSALWICK_EXE does not name the built program");
-        m_exe = sandbox.path("bin/tessalwick");
-        QVERIFY(QDir().mkpath(sandbox.path("bin")) && QFile::copy(built, m_exe));
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qputenv("TESSALWICK_PROMPTS", "console");
-
         const QString link = "http://hotfile.com/dl/1/abc/file.rar";
         QString handover;
-        std::unique_ptr<QProcess> process;
+        std::optional<ProgramRun> program;
         for (const QStringList &args : {QStringList(), QStringList(), QStringList{link}}) {
-            if (process) {
-                process->kill();
-                QVERIFY(process->waitForFinished(10000));
-            }
-            process = start(args);
+            program.emplace(sandbox, QString()); // the one before is killed first
+            if (!program->available())
+                QSKIP("TESSALWICK_EXE does not name the built program");
             // A live hand-over name, other than the one before.
-            QTRY_VERIFY_WITH_TIMEOUT(handle() != handover && CaptureServer::isLive(handle()),
-                                     20000);
-            handover = handle();
+            QVERIFY(program->start(args) && ProgramRun::handle() != handover);
+            handover = ProgramRun::handle();
         }
         QVERIFY(QFileInfo(sandbox.home() + "/Sharing Downloads").isDir());
         QVERIFY(!Settings::get("App Path", "").isEmpty());
@@ -72,31 +46,24 @@ private slots:
         QStringList said;
         for (const QStringList &args :
              {QStringList{"http://rapidshare.com/files/2/sec.zip"}, QStringList()}) {
-            auto next = start(args);
-            QVERIFY(next->waitForFinished(15000));
-            said << QString::number(next->exitCode()) + ' ' + promptsOf(*next);
+            ProgramRun next(sandbox, QString());
+            next.start(args); // finds the running instance's way in at once
+            QVERIFY(next.ended(15000));
+            said << promptsOf(next);
         }
-        QCOMPARE(said, (QStringList{"0 ", "0 message: [Tessalwick] Tessalwick is already running, "
-                                          "Check it in the system tray."}));
-        QCOMPARE(handle(), handover);
-        process->terminate(); // SIGTERM
-        QVERIFY(process->waitForFinished(10000) && process->exitCode() == 0 &&
-                process->exitStatus() == QProcess::NormalExit);
-        QFile list(sandbox.path("data/Tessalwick/LinkList.lq"));
-        QCOMPARE(list.open(QIODevice::ReadOnly) ? list.readAll() : QByteArray(),
-                 "7\r\n" + link.toUtf8() + "\r\n?\r\nWaiting\r\n?\r\n\r\n");
-        QCOMPARE(promptsOf(*process), "balloon: [TessalwickDownloadManager] Tessalwick is here!\n"
+        QCOMPARE(said, (QStringList{"", "message: [Tessalwick] Tessalwick is already running, "
+                                        "Check it in the system tray."}));
+        QCOMPARE(ProgramRun::handle(), handover);
+        QVERIFY(program->terminate());
+        QCOMPARE(program->listFile(), "7\r\n" + link.toUtf8() + "\r\n?\r\nWaiting\r\n?\r\n\r\n");
+        QCOMPARE(promptsOf(*program), "balloon: [TessalwickDownloadManager] Tessalwick is here!\n"
                                       "balloon: [Tessalwick] 1 Link Added");
 
         // A setting that doesn't convert stops the start-up with its message.
         Settings::save("StartAfterCatch", "abc");
-        process = start();
-        QString told;
-        QTRY_VERIFY_WITH_TIMEOUT((told += promptsOf(*process))
-                                     .contains("message: [Tessalwick] Error While Intializing."),
-                                 20000);
-        process->kill();
-        QVERIFY(process->waitForFinished(10000));
+        program->start();
+        QTRY_VERIFY_WITH_TIMEOUT(
+            promptsOf(*program).contains("message: [Tessalwick] Error While Intializing."), 20000);
     }
 };
 

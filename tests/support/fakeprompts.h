@@ -2,15 +2,13 @@
 
 #include "prompts/prompts.h"
 
-#include <QList>
 #include <QQueue>
-#include <QString>
 #include <QStringList>
 
 #include <functional>
 
 // Records every question the core asks of a person and answers from a queue
-// (Ok or Yes when the queue is empty).
+// (when it is empty: Yes where the box offers it, Ok otherwise).
 class FakePrompts : public Prompts
 {
 public:
@@ -20,13 +18,6 @@ public:
         Icon icon;
         Buttons buttons;
         QString title;
-    };
-    struct Balloon
-    {
-        int kind;
-        QString text;
-        QString title;
-        int milliseconds;
     };
 
     Answer messageBox(const QString &text, Icon icon, Buttons buttons,
@@ -38,17 +29,16 @@ public:
             whileAsking();
         if (!answers.isEmpty())
             return answers.dequeue();
-        return buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel ? Answer::Yes
-                                                                            : Answer::Ok;
+        return buttons >= Buttons::YesNo ? Answer::Yes : Answer::Ok;
     }
     void balloon(int kind, const QString &text, const QString &title, int ms) override
     {
-        balloons.append({kind, text, title, ms});
+        balloons << QString("balloon %1 %2 %3: %4").arg(kind).arg(ms).arg(title, text);
     }
     QString browseForFolder(const QString &title, const QString &startFolder) override
     {
         folderTitles.append(title + " at " + startFolder);
-        return folderAnswer;
+        return folderAnswers.isEmpty() ? QString() : folderAnswers.takeFirst();
     }
     void copyToClipboard(const QString &text) override { copied.append(text); }
     bool openExternal(const QString &target) override
@@ -74,16 +64,11 @@ public:
         QStringList all;
         for (const Message &m : messages)
             all << message(m.text, m.icon, m.buttons, m.title);
-        for (const Balloon &b : balloons)
-            all << QString("balloon %1 %2 %3: %4")
-                       .arg(b.kind)
-                       .arg(b.milliseconds)
-                       .arg(b.title, b.text);
-        return all;
+        return all + balloons;
     }
 
     QList<Message> messages;
-    QList<Balloon> balloons;
+    QStringList balloons; // each as told() writes it
     QStringList folderTitles;
     QStringList opened;
     QStringList copied;
@@ -92,5 +77,6 @@ public:
     QQueue<std::optional<QString>> captchaAnswers;
     QQueue<Answer> answers;
     std::function<void()> whileAsking;
-    QString folderAnswer;
+    // The folder picker's answers in turn; none left: cancelled.
+    QStringList folderAnswers;
 };

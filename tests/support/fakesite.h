@@ -12,23 +12,17 @@ class FakeSite
 {
 public:
     // With a site's number, the site table's host of that site is the fake's
-    // address while it lives.
-    explicit FakeSite(int site = 0) : m_site(site)
+    // address while it lives; then every site's host is the table's again.
+    explicit FakeSite(int site = 0)
     {
         m_server.listen();
         if (Sites::isSite(site))
             SiteHosts::instance().setHost(QString::fromLatin1(Sites::site(site).key), hostPort());
     }
-    virtual ~FakeSite()
-    {
-        if (Sites::isSite(m_site))
-            SiteHosts::instance().setHost(QString::fromLatin1(Sites::site(m_site).key),
-                                          QString::fromLatin1(Sites::site(m_site).defaultHost));
-    }
+    virtual ~FakeSite() { SiteHosts::instance().reset(); }
 
     TestServer &server() { return m_server; }
     QString url(const QString &path) const { return m_server.url(path); }
-    QString url(const QByteArray &path) const { return url(QString::fromLatin1(path)); }
     // "127.0.0.1:<port>", to stand for the site's host in the site table.
     QString hostPort() const { return m_server.hostPort(); }
 
@@ -61,16 +55,20 @@ public:
         return url(path);
     }
 
-    // The requests so far, one "METHOD /path?query" each.
-    QStringList requestLines() const
+    // The requests so far, one "METHOD /path?query" each; with `form`, each
+    // followed by " Content-type|Content-length|Connection|body".
+    QStringList requestLines(bool form = false) const
     {
         QStringList lines;
-        for (const TestServer::Request &r : m_server.requests())
-            lines << QString::fromLatin1(r.method + ' ' + r.path);
+        for (const TestServer::Request &r : m_server.requests()) {
+            const QByteArrayList parts{r.header("Content-type"), r.header("Content-length"),
+                                       r.header("Connection"), r.body};
+            lines << QString::fromLatin1(r.method + ' ' + r.path +
+                                         (form ? ' ' + parts.join('|') : QByteArray()));
+        }
         return lines;
     }
 
 private:
     TestServer m_server;
-    int m_site;
 };

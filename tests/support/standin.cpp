@@ -14,34 +14,27 @@ void StandInRecipe::resolve(RecipeSite &site)
     if (order)
         order->append(site.number());
 
-    switch (mode) {
-    case Mode::Record:
-        return;
-    case Mode::Hold: {
+    if (mode == Mode::Fail)
+        return site.connectionError();
+    if (mode == Mode::Hold) {
         XmlHttpRequest request;
         ResolverFrame::get(site, request, holdUrl);
         return;
     }
-    case Mode::Fail:
-        site.connectionError();
+    if (mode != Mode::Resolve)
         return;
-    case Mode::Resolve: {
-        const QString link = site.link();
-        site.setField(Field::DirectURL, link);
-        site.setField(Field::LocalFile, link.section(QLatin1Char('/'), -1));
-        site.setField(Field::LocalFilePath, site.localFolder());
-        site.setField(Field::FileSize, fileSize);
-        site.setLinkReady(true);
-        const Sites::Site &info = Sites::site(site.number());
-        if (info.hasTimer && info.waitEnd != Sites::WaitEnd::ResolveIfStepOne) {
-            site.setField(Field::Status, QStringLiteral("Wait %1 Seconds").arg(wait));
-            site.setField(Field::WaitTimeInSec, QString::number(wait));
-            site.startTimer(1000);
-        } else {
-            site.setField(Field::Status, QStringLiteral("Connecting..."));
-            site.startTransfer();
-        }
-        return;
-    }
+    site.setField(Field::DirectURL, site.link());
+    site.setField(Field::LocalFile, site.link().section(QLatin1Char('/'), -1));
+    site.setField(Field::LocalFilePath, site.localFolder());
+    site.setField(Field::FileSize, fileSize);
+    site.setLinkReady(true);
+    const Sites::Site &info = Sites::site(site.number());
+    if (info.hasTimer && info.waitEnd != Sites::WaitEnd::ResolveIfStepOne) {
+        site.setField(Field::Status, QStringLiteral("Wait %1 Seconds").arg(wait));
+        site.setField(Field::WaitTimeInSec, QString::number(wait));
+        site.startTimer(1000);
+    } else {
+        site.setField(Field::Status, QStringLiteral("Connecting..."));
+        site.startTransfer();
     }
 }

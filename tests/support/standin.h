@@ -3,8 +3,6 @@
 #include "list/sitetable.h"
 #include "resolvers/recipesite.h"
 
-#include <QList>
-#include <QString>
 #include <QStringList>
 
 // Takes the place of a site's recipe, for tests of the queues and for the
@@ -22,7 +20,6 @@ public:
     };
 
     void resolve(RecipeSite &site) override;
-    void closeConnections() override { ++closeCalls; }
 
     Mode mode = Mode::Record;
     QString fileSize = QStringLiteral("?");
@@ -32,7 +29,6 @@ public:
 
     QStringList calls;        // the link of each run
     QStringList statusAtCall; // the row's Status as each run began
-    int closeCalls = 0;
-    int depth = 0;    // runs of this recipe on the stack now
-    int maxDepth = 0; // and at most
+    int depth = 0;            // runs of this recipe on the stack now
+    int maxDepth = 0;         // and at most
 };

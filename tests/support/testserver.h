@@ -18,14 +18,9 @@
 //     server.setAnswer("/old", TestServer::Answer::redirect(302, server.url("/file.bin")));
 //     server.setAnswer("/slow", TestServer::Answer::ok(body).cutAfterHeader(50));
 //     ... server.requests().at(0).raw == "GET /file.bin HTTP/1.1\r\n..."
-#include <QByteArray>
 #include <QHash>
-#include <QHostAddress>
-#include <QList>
-#include <QObject>
-#include <QPair>
-#include <QString>
 #include <QTcpServer>
+#include <QTest>
 
 #include <functional>
 
@@ -46,7 +41,13 @@ public:
         QByteArray body;
 
         // The first header of that name (any case), or a null array.
-        QByteArray header(const QByteArray &name) const;
+        QByteArray header(const QByteArray &name) const
+        {
+            for (const auto &[key, value] : headers)
+                if (key.compare(name, Qt::CaseInsensitive) == 0)
+                    return value;
+            return QByteArray();
+        }
         // The path without its query.
         QByteArray pathOnly() const { return path.split('?').first(); }
     };
@@ -64,10 +65,22 @@ public:
         // "HTTP/1.1 <code> <reason>", the headers exactly in the given order,
         // an empty line and the body. Nothing is added.
         static Answer http(int code, const QByteArray &reason, const Headers &headers,
-                           const QByteArray &body = QByteArray());
+                           const QByteArray &body = QByteArray())
+        {
+            QByteArray bytes = "HTTP/1.1 " + QByteArray::number(code) + ' ' + reason + "\r\n";
+            for (const auto &[name, value] : headers)
+                bytes += name + ": " + value + "\r\n";
+            return raw(bytes + "\r\n" + body);
+        }
         // The status, the headers, Content-Length, Connection: close and the body.
         static Answer sized(int code, const QByteArray &reason, const Headers &headers,
-                            const QByteArray &body);
+                            const QByteArray &body)
+        {
+            return http(code, reason,
+                        headers + Headers{{"Content-Length", QByteArray::number(body.size())},
+                                          {"Connection", "close"}},
+                        body);
+        }
         // 200 OK with Content-Type, Content-Length and Connection: close.
         static Answer ok(const QByteArray &body,
                          const QByteArray &contentType = "application/octet-stream")
@@ -81,7 +94,12 @@ public:
             return sized(code, reason, {{"Content-Type", "text/html"}}, body);
         }
         // 302 Found or 303 See Other (any code) with a Location line.
-        static Answer redirect(int code, const QString &location);
+        static Answer redirect(int code, const QString &location)
+        {
+            return sized(code, code == 303 ? "See Other" : "Found",
+                         {{"Location", location.toLatin1()}, {"Content-Type", "text/html"}},
+                         "<html>moved</html>");
+        }
         static Answer raw(const QByteArray &bytes) { return {.bytes = bytes}; }
         static Answer silence() { return {.silent = true}; }
         // A connection reset before any answer.
@@ -89,23 +107,43 @@ public:
 
         // Sends the header (up to and with the empty line) and the body as
         // two pieces, `delayMs` apart.
-        Answer &cutAfterHeader(int delayMs = 50);
-        // Cuts at these offsets, each piece after `delayMs`.
-        Answer &cutAt(const QList<qint64> &offsets, int delayMs = 50);
-        // Cuts into pieces of `size` bytes, each after `delayMs`.
-        Answer &cutEvery(qint64 size, int delayMs = 50);
+        Answer &cutAfterHeader(int delayMs = 50)
+        {
+            return cutAt({bytes.indexOf("\r\n\r\n") + 4}, delayMs);
+        }
+        // Cuts at these offsets (in order), each piece after `delayMs`.
+        Answer &cutAt(const QList<qint64> &offsets, int delayMs = 50)
+        {
+            return set(cuts, offsets).set(delay, delayMs);
+        }
+        // Cuts (further) into pieces of `size` bytes, each after `delayMs`.
+        Answer &cutEvery(qint64 size, int delayMs = 50)
+        {
+            for (qint64 at = size; size > 0 && at < bytes.size(); at += size)
+                cuts.append(at);
+            return set(delay, delayMs);
+        }
         // Leaves the connection open after the answer.
-        Answer &keepOpen();
+        Answer &keepOpen() { return set(keepAlive, true); }
         // Resets the connection once the answer is sent.
-        Answer &thenReset();
+        Answer &thenReset() { return set(reset, true); }
         // Waits `delayMs` before the first byte.
-        Answer &delayFirst(int delayMs);
+        Answer &delayFirst(int delayMs) { return set(firstDelay, delayMs); }
+
+        // Sets one of the fields above, for a chain of these calls.
+        template <typename T> Answer &set(T &field, const T &value)
+        {
+            field = value;
+            return *this;
+        }
     };
 
     using Handler = std::function<Answer(const Request &)>;
 
-    explicit TestServer(QObject *parent = nullptr);
-    ~TestServer() override;
+    explicit TestServer(QObject *parent = nullptr) : QObject(parent)
+    {
+        connect(&m_server, &QTcpServer::newConnection, this, &TestServer::onNewConnection);
+    }
 
     bool listen() { return m_server.listen(QHostAddress::LocalHost, 0); } // a free port
     quint16 port() const { return m_server.serverPort(); }
@@ -116,17 +154,26 @@ public:
     void setAnswer(const QByteArray &path, const Answer &answer) { setAnswers(path, {answer}); }
     // Successive requests for `path` get these answers in turn; the last one
     // stays for any further request.
-    void setAnswers(const QByteArray &path, const QList<Answer> &answers);
+    void setAnswers(const QByteArray &path, const QList<Answer> &answers)
+    {
+        m_table[path].clear();
+        for (const Answer &answer : answers)
+            m_table[path].append([answer](const Request &) { return answer; });
+    }
     // Answers every request for `path` by calling `handler`.
     void setRoute(const QByteArray &path, Handler handler) { m_table.insert(path, {handler}); }
-    // Answers the requests that nothing set for their path answers.
-    void setHandler(Handler handler) { m_handler = std::move(handler); }
+    // Answers the requests that nothing set for their path answers (the
+    // route of the empty path).
+    void setHandler(Handler handler) { setRoute({}, std::move(handler)); }
 
     QList<Request> requests() const { return m_requests; }
     // Connections that the client closed, or that failed on its side.
     int closedByClient() const { return m_closedByClient; }
     // Pumps the event loop until `count` requests have come, or the time is up.
-    bool waitForRequests(int count, int timeoutMs = 5000);
+    bool waitForRequests(int count, int timeoutMs = 5000)
+    {
+        return QTest::qWaitFor([&] { return m_requests.size() >= count; }, timeoutMs);
+    }
 
 signals:
     void requestReceived(const TestServer::Request &request);
@@ -145,7 +192,6 @@ private:
 
     QTcpServer m_server;
     QHash<QByteArray, QList<Handler>> m_table; // by path, answered in turn
-    Handler m_handler;
     QList<Request> m_requests;
     QHash<QTcpSocket *, Connection> m_connections;
     int m_closedByClient = 0;

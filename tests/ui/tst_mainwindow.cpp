@@ -113,14 +113,11 @@ private slots:
         const QString before = m->core.downloadDir();
         m->window.setOpticalDriveTest([&](const QString &path) { return path == disc; });
         auto *label = m->window.findChild<QLabel *>("txtDownloadDir");
-        QStringList picks{QString(), disc, good};
-        m->prompts.whileAsking = [&] { m->prompts.folderAnswer = picks.takeFirst(); };
+        m->prompts.folderAnswers = {disc, QString(), disc, disc, good};
         for (int i = 0; i < 2; ++i) {
-            m->prompts.folderAnswer = disc;
             click("cmdBrowse");
             seen << label->text() + '|' + Settings::get("DownDir", "-");
         }
-        m->prompts.whileAsking = nullptr;
         QCOMPARE(seen.mid(6), (QStringList{before + "|-", good + '|' + good}));
         QCOMPARE(m->prompts.folderTitles,
                  QStringList(5, "Please, Select the download folder. at " + before));
