@@ -11,35 +11,6 @@ namespace {
 // fresh temporary folder, "%1", that holds `files` first. The cells: the
 // function, its input, the output expected and those files.
 using Cases = Table<QString, QString, QString, QString>;
-
-// Fills a folder from a blank-separated list: "x/" is a folder, "~x" an empty
-// file, "@x" a link to a file that doesn't exist, anything else a file with
-// data. False when one can't be made.
-bool populate(const QTemporaryDir &dir, const QString &entries)
-{
-    for (const QString &name : entries.split(' ', Qt::SkipEmptyParts)) {
-        QFile f(dir.filePath(name.mid(name.startsWith('~') || name.startsWith('@') ? 1 : 0)));
-        const bool made = name.startsWith('@') ? QFile::link(dir.filePath("gone/x"), f.fileName())
-                          : name.endsWith('/') ? QDir(dir.path()).mkdir(name)
-                                               : f.open(QIODevice::WriteOnly) &&
-                                                     (name.startsWith('~') || f.write("data") == 4);
-        if (!made)
-            return false;
-    }
-    return true;
-}
-
-// Everything in the folder, files and folders, sorted.
-QString tree(const QTemporaryDir &dir)
-{
-    QStringList entries;
-    QDirIterator it(dir.path(), QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        entries << it.next().mid(dir.path().size() + 1);
-    entries.sort();
-    return entries.join(u' ');
-}
 } // namespace
 
 class TestFormats : public QObject
@@ -56,29 +27,23 @@ private slots:
                 function + ('(' + tag.replace('\t', "\\t") + ')') + (*files ? " in " : "") + files;
             table(tag.constData(), function, input, output, files);
         };
-        row("1023", "1023 Bytes");
         row("1024", "1 KB");
         row("1152", "1.12 KB"); // a tie goes to the even hundredth, down
         row("1408", "1.38 KB"); // and up
         row("1048575", "1024 KB");
         row("1048576", "1 MB");
-        row("1073741823", "1024 MB");
         row("1073741824", ""); // exactly one GB has no text
-        row("1073741825", "1 GB");
         row("5905580032", "5.5 GB");
 
         function = "bytes";
         row("", "0");
         row("12 Bytes", "12");
         row("1 GB", "1073741824");
-        row("2 kb", "0");
-        row("  2 KB  ", "2048");
         row("2  KB", "0"); // a double blank leaves no unit
-        row("1.5 KB left", "1536");
+        row("  1.5 KB left  ", "1536");
         row("abc KB", "0");
         row("1e300 GB", "0");
         // Sizes written as text come back only as exact as their two decimals.
-        row("1.1 KB", "1126.4");
         row("117.74 MB", "123459336");
 
         function = "time";
@@ -93,48 +58,55 @@ private slots:
         row("360000", "100:00:00");
 
         function = "clean";
-        row(": name :", "name"); // blanks left by a removal go too
-        row("one, \"it's\" a\\b/c*<d>|?.avi", "one its abcd.avi");
+        // Blanks left by a removal go too; tabs and other marks stay.
+        row(": one, \"it's\" a\\b/c*<d>|?.avi :", "one its abcd.avi");
         row("a\r\nb\rc\nd", "abcd");
-        row("\tname\t", "\tname\t");
-        row("Movie (2009) [HD]-x_y.mkv", "Movie (2009) [HD]-x_y.mkv");
+        row("\tMovie (2009) [HD]-x_y.mkv\t", "\tMovie (2009) [HD]-x_y.mkv\t");
 
-        // The name found, then all the folder holds: nothing is made or changed.
+        // The name found, then all the folder holds: nothing is made or
+        // changed. "~" marks an empty file, "@" a link to a missing file.
         function = "unique";
-        row("%1/clip.avi", "%1/clip.avi: ");
-        row("%1/clip.avi", "%1/clip.avi: clip.avi", "~clip.avi");   // an empty file is free
-        row("%1/clip.avi", "%1/clip_1.avi: clip.avi", "@clip.avi"); // a link is taken
+        // A link is taken, an empty file is free.
+        row("%1/clip.avi", "%1/clip_1.avi: clip.avi clip_1.avi", "@clip.avi ~clip_1.avi");
         // A word behind the "_" gains "_1"; a number counts up, the rest dropped.
         row("%1/my_file.avi", "%1/my_file_1_1.avi: my_file.avi my_file_1.avi",
             "my_file.avi my_file_1.avi");
-        row("%1/a_3_b.zip", "%1/a_4.zip: a_3_b.zip", "a_3_b.zip");
+        row("%1/a_32767_b.zip", "%1/a_32768.zip: a_32767_b.zip", "a_32767_b.zip");
         row("%1/v_2.5.zip", "%1/v_3.zip: v_2.5.zip", "v_2.5.zip"); // rounded to even
-        row("%1/a_32767.zip", "%1/a_32768.zip: a_32767.zip", "a_32767.zip");
         // A name without extension gains a dot.
         row("%1/readme", "%1/readme_2.: readme readme_1.", "readme readme_1.");
-        row("%1/archive.tar.gz", "%1/archive.tar_1.gz: archive.tar.gz", "archive.tar.gz");
 
         // Whether it was made, then all the folder holds; relative paths
         // land in the temporary folder too.
         function = "folder";
         row("ab", "0: ");
         row("///", "1: ");
-        row("x/y/z", "1: x x/y x/y/z");
-        row("%1/old/a/b", "1: old old/a old/a/b", "old/");
-        row("%1//p//q/", "1: p p/q");
-        row("%1/f.txt/sub", "0: f.txt", "f.txt");
+        row("x//y/z/", "1: x x/y x/y/z");
         row("%1/kept/" + QString(300, 'n') + "/x", "0: kept"); // made levels remain
     }
     void formats()
     {
         const auto [function, input, output, files] = Cases::fetch();
         QTemporaryDir dir; // made current, as relative paths land there
-        QVERIFY(populate(dir, files));
+        for (const QString &name : files.split(' ', Qt::SkipEmptyParts)) {
+            QFile f(dir.filePath(name.mid(name.startsWith('~') || name.startsWith('@') ? 1 : 0)));
+            QVERIFY(name.startsWith('@') ? QFile::link(dir.filePath("gone/x"), f.fileName())
+                                         : f.open(QIODevice::WriteOnly) &&
+                                               (name.startsWith('~') || f.write("data") == 4));
+        }
         const QString savedCurrent = QDir::currentPath();
         QVERIFY(QDir::setCurrent(dir.path()));
         const QString path = QString(input).replace("%1", dir.path());
-        // What a disk function gave, then all the folder holds.
-        auto onDisk = [&](const QString &r) { return r + ": " + tree(dir); };
+        // What a disk function gave, then all the folder holds, sorted.
+        auto onDisk = [&](const QString &result) {
+            QStringList entries;
+            QDirIterator it(dir.path(), QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
+                            QDirIterator::Subdirectories);
+            while (it.hasNext())
+                entries << it.next().mid(dir.path().size() + 1);
+            entries.sort();
+            return result + ": " + entries.join(' ');
+        };
         const QString got = function == "size"     ? sizeToText(input.toLongLong())
                             : function == "bytes"  ? QString::number(textToSize(input), 'g', 9)
                             : function == "time"   ? secondsToTimeText(input.toFloat())

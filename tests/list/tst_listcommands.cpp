@@ -11,32 +11,27 @@
 
 namespace {
 
-// The command, the rows before and after it (as fill() takes them), the
-// messages it shows.
-using Commands = Table<QString, QString, QString, int>;
+// The command and the rows before and after it, as fill() takes them.
+using Commands = Table<QString, QString, QString>;
 
 const QHash<QString, QString> kStatus = {
     {"W", "Waiting"},    {"C", "Complete"}, {"E", "Error"},   {"CE", "Connection Error"},
     {"NF", "Not Found"}, {"ER", "ERROR"},   {"S", "Stopped"}, {"50", "50"}};
 
-// Rows as "site:name:status:flags", flags t (ticked) and d (in progress);
-// the name is the link's last part and the local file's name.
+// Rows as "site:link:status:flags", flags t (ticked) and d (in progress). The
+// local file, size and direct link all read "x".
 void fill(DownloadList &list, const QString &rows)
 {
     list.open();
     for (const QString &token : rows.split(' ', Qt::SkipEmptyParts)) {
         const QStringList part = token.split(':');
-        const int site = part[0].toInt();
-        const QString link = (site == 1 ? "rapidshare.com/files/" : "hotfile.com/dl/") + part[1];
-        QVERIFY(list.addLinkToList(link, site, nullptr));
-        LinkRow *row = list.childAt(site, list.childCount(site) - 1);
+        LinkRow *row = list.appendRow(part[0].toInt());
+        list.setField(row, Field::LinkURL, part[1]);
         list.setField(row, Field::Status, kStatus.value(part[2]));
-        list.setField(row, Field::LocalFile, part[1] + ".zip");
-        list.setField(row, Field::FileSize, "1 MB");
-        list.setField(row, Field::DirectURL, "http://d/" + part[1]);
-        const QString flags = part.value(3);
-        list.setField(row, Field::CheckBox, flags.contains('t') ? "1" : "0");
-        list.setField(row, Field::IsDownloading, flags.contains('d') ? "1" : "0");
+        for (Field f : {Field::LocalFile, Field::FileSize, Field::DirectURL})
+            list.setField(row, f, "x");
+        list.setField(row, Field::CheckBox, part[3].contains('t') ? "1" : "0");
+        list.setField(row, Field::IsDownloading, part[3].contains('d') ? "1" : "0");
     }
 }
 
@@ -46,12 +41,11 @@ QString rowsOf(const DownloadList &list)
     for (int site = 1; site <= Sites::Count; ++site) {
         for (int i = 0; i < list.childCount(site); ++i) {
             const auto &v = list.childAt(site, i)->values;
-            QString flags = v[int(Field::CheckBox)] == "1" ? "t" : "";
-            flags += v[int(Field::IsDownloading)] == "1" ? "d" : "";
-            rows << QString("%1:%2:%3:%4")
+            rows << QString("%1:%2:%3:%4%5")
                         .arg(site)
-                        .arg(v[int(Field::LinkURL)].section('/', -1),
-                             kStatus.key(v[int(Field::Status)]), flags);
+                        .arg(v[int(Field::LinkURL)], kStatus.key(v[int(Field::Status)]),
+                             v[int(Field::CheckBox)] == "1" ? "t" : "",
+                             v[int(Field::IsDownloading)] == "1" ? "d" : "");
         }
     }
     return rows.join(' ');
@@ -59,9 +53,8 @@ QString rowsOf(const DownloadList &list)
 
 struct FakeView : ListCommands::View
 {
-    int row = 7;
     QList<int> set;
-    int firstVisibleRow() const override { return row; }
+    int firstVisibleRow() const override { return 7; }
     void setFirstVisibleRow(int r) override { set << r; }
 };
 
@@ -73,25 +66,22 @@ class TestListCommands : public QObject
 private slots:
     void commands_data()
     {
-        const Commands table;
-        auto row = [&](const char *tag, const char *command, const char *rows, const char *after,
-                       int messages = 0) { table(tag, command, rows, after, messages); };
-        const char *none = "1:a:W: 1:b:W: 7:x:W:";
-        for (const char *command : {"up", "down", "remove", "reset"})
-            row(qPrintable(QString("nothing ticked, ") + command), command, none, none);
-        row("up moves the upper of two", "up", "1:a:W: 1:b:W:t 1:c:W:t", "1:b:W:t 1:a:W: 1:c:W:t");
-        row("up passes the first row by", "up", "1:a:W:t 1:b:W:t 1:c:W:", "1:b:W:t 1:a:W:t 1:c:W:");
-        row("up never climbs over another state", "up", "1:a:C: 1:b:W:t", "1:a:C: 1:b:W:t");
-        row("up: the first site's candidate decides", "up", "1:a:S: 1:b:W:t 7:x:W: 7:y:W:t",
-            "1:a:S: 1:b:W:t 7:x:W: 7:y:W:t");
-        row("up leaves a stopped row", "up", "1:a:W: 1:b:S:t", "1:a:W: 1:b:S:t");
-        row("down below a complete row", "down", "1:a:W:t 1:b:C:", "1:b:C: 1:a:W:t");
-        row("down passes the last row by", "down",
-            "1:a:W: 1:b:W:t 7:x:W:t 7:y:W:", "1:a:W: 1:b:W:t 7:y:W: 7:x:W:t");
-        // The flag of a row in progress stays on its place.
-        row("down: in progress stays", "down", "1:a:W:t 1:b:50:d", "1:b:50: 1:a:W:td");
+        const Commands row;
+        // Unticked rows never move, whatever their state; the first row has no
+        // place to go up to, and the search goes on with the next site.
+        row("up moves the upper of two", "up", "1:a:W:t 7:b:W: 7:c:W: 7:d:W:t 7:e:W:t",
+            "1:a:W:t 7:b:W: 7:d:W:t 7:c:W: 7:e:W:t");
+        // The stopped row doesn't move; the waiting one below never climbs over
+        // it, and then the next site's candidate doesn't move either.
+        row("up only among waiting rows", "up", "1:a:W: 1:s:S:t 1:b:W:t 7:x:W: 7:y:W:t",
+            "1:a:W: 1:s:S:t 1:b:W:t 7:x:W: 7:y:W:t");
+        // The row below is taken whatever it holds; the flag of a row in
+        // progress stays on its place.
+        row("down past a complete row", "down", "1:a:W:t 1:b:C:d", "1:b:C: 1:a:W:td");
+        // The last row has no place to go down to.
+        row("down, nothing to move", "down", "1:a:W: 1:s:S:t 1:b:W:t", "1:a:W: 1:s:S:t 1:b:W:t");
         row("remove, a message per row in progress", "remove",
-            "1:a:W:t 1:b:50:td 1:c:C: 7:x:E:td 7:y:W:t", "1:b:50:td 1:c:C: 7:x:E:td", 2);
+            "1:a:W:t 1:b:50:td 1:c:C: 7:x:E:td 7:y:W:t", "1:b:50:td 1:c:C: 7:x:E:td");
         row("reset", "reset", "1:a:E:t 1:b:50:td 1:c:C:", "1:a:W: 1:b:50:td 1:c:C:");
         row("clear complete", "complete", "1:a:C:t 1:b:CE: 7:x:C: 7:y:W:", "1:b:CE: 7:y:W:");
         row("clear errors", "errors", "1:a:CE: 1:b:ER:t 1:c:NF: 1:d:C: 7:e:E:d 7:f:W:t",
@@ -99,7 +89,7 @@ private slots:
     }
     void commands()
     {
-        const auto [command, rows, after, messages] = Commands::fetch();
+        const auto [command, rows, after] = Commands::fetch();
         DownloadList list;
         fill(list, rows);
         FakePrompts prompts;
@@ -111,21 +101,18 @@ private slots:
             {"reset", [&] { ListCommands::redownload(list, &view); }},
             {"complete", [&] { ListCommands::clearComplete(list); }},
             {"errors", [&] { ListCommands::clearError(list); }}};
-        QVERIFY(run.contains(command));
         run[command]();
         QCOMPARE(rowsOf(list), after);
-        QCOMPARE(prompts.messages.size(), messages);
+        // Remove tells of each ticked row in progress; nothing else speaks.
+        QCOMPARE(prompts.messages.size(), command == "remove" ? rows.count(":td") : 0);
         for (const FakePrompts::Message &m : prompts.messages)
             QCOMPARE(m.text, "Can not delete item(s) in progrss. Stop first");
         // The view is put back where it was, by the commands that keep it.
-        const bool keeps = QStringList{"up", "down", "remove", "reset"}.contains(command);
-        QCOMPARE(view.set, keeps ? QList<int>{7} : QList<int>{});
-        if (command == "reset" && rows.startsWith("1:a:E:t")) {
-            // Exactly four fields are reset; the rest of the row stays.
+        QCOMPARE(view.set, command == "complete" || command == "errors" ? QList<int>{} : QList{7});
+        if (command == "reset") { // exactly four fields are reset, the rest of the row stays
             const auto &v = list.childAt(1, 0)->values;
-            QCOMPARE(QStringList({v[int(Field::FileSize)], v[int(Field::LocalFile)],
-                                  v[int(Field::DirectURL)]}),
-                     QStringList({"?", "?", "http://d/a"}));
+            QCOMPARE(v[int(Field::FileSize)] + v[int(Field::LocalFile)] + v[int(Field::DirectURL)],
+                     "??x");
         }
     }
 
@@ -135,7 +122,7 @@ private slots:
         Sandbox sandbox;
         FakePrompts prompts;
         AppCore core(&prompts);
-        fill(core.list(), "1:a:W 7:x:50:d");
+        fill(core.list(), "1:a:W: 7:x:50:d");
         core.clearList();
         prompts.answers << Prompts::Answer::No;
         core.list().setField(core.list().childAt(7, 0), Field::IsDownloading, "0");
@@ -143,15 +130,11 @@ private slots:
         QCOMPARE(rowsOf(core.list()), "1:a:W: 7:x:50:");
         core.clearList();
         QCOMPARE(rowsOf(core.list()), "");
-        QCOMPARE(core.list().siteRowCount(), Sites::Count);
-        const QString ask =
-            "message 2 2 Tessalwick: Are you sure that you want to remove all items?";
-        QCOMPARE(
-            prompts.told(),
-            (QStringList{
-                "message 3 0 Tessalwick: There is one download or more currently running, Please "
-                "Stop downloading first.",
-                ask, ask}));
+        // The refusal is the one the close gets; then the question, twice.
+        const QStringList told = prompts.told();
+        QVERIFY(told.size() == 3 && told[0].endsWith("Please Stop downloading first."));
+        QCOMPARE(told.mid(1), QStringList(2, "message 2 2 Tessalwick: Are you sure that you want "
+                                             "to remove all items?"));
     }
 };
 
