@@ -54,8 +54,8 @@ private slots:
     // clear, StartAfterCatch set: a browser tab's link is taken and every
     // message starts all downloads, one that adds nothing too. Started again
     // with DoNothing set, StartAfterCatch clear: prefixed messages go, in any
-    // case of the prefix; the rest is taken as pasted, standard input
-    // included, and nothing starts.
+    // case of the prefix; the rest is taken as pasted, standard input with
+    // two links a CR LF apart included, and nothing starts.
     void messages()
     {
         Sandbox sandbox;
@@ -98,7 +98,7 @@ private slots:
         QCOMPARE(send({":keldovarpine:http://hotfile.com/dl/3/c.rar"}), 0);
         QCOMPARE(send({":KELDOVARPINE:"}), 0);
         QCOMPARE(send({"abc"}), 0);
-        QCOMPARE(send({}, "http://hotfile.com/dl/4/d.rar\nhttp://hotfile.com/dl/5/e.rar\n"), 0);
+        QCOMPARE(send({}, "http://hotfile.com/dl/4/d.rar\r\nhttp://hotfile.com/dl/5/e.rar\n"), 0);
         QCOMPARE(send({"--bad"}), 2);
         QCOMPARE(send({}, " \n"), 2);
         QVERIFY(program.terminate());

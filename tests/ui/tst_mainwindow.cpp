@@ -347,33 +347,26 @@ private slots:
         QVERIFY(grid->isExpanded(site(1)));
     }
 
-    // The list bar's buttons act on ticked rows and keep the grid where it
-    // was. Then the wheel over the window scrolls the grid a line a turn
-    // while the grid is active: towards the end for a turn towards the
-    // user, towards the top otherwise, a zero turn included. With a button
-    // active it doesn't.
-    void listBarAndWheel()
+    // The wheel over the window scrolls the grid a line a turn while the
+    // grid is active: towards the end for a turn towards the user, towards
+    // the top otherwise, a zero turn included. With a button active it
+    // doesn't. Then every button of the list bar acts on ticked rows and
+    // keeps the grid where it was.
+    void wheelAndListBar()
     {
         DownloadList &list = m->core.list();
+        const char *status[] = {"Waiting", "Waiting", "Waiting", "Waiting",
+                                "50",      "Waiting", "Complete"};
         for (int i = 0; i < 40; ++i)
             add(1, QString("http://rapidshare.com/files/%1/a.zip").arg(i),
-                i == 3 ? "50" : "Waiting", i == 2 || i == 3);
-        list.setField(list.childAt(1, 3), Field::IsDownloading, "1");
+                i < 7 ? status[i] : "Waiting", i >= 2 && i <= 4);
+        list.setField(list.childAt(1, 4), Field::IsDownloading, "1");
         add(7, "http://hotfile.com/dl/1/e.rar", "Connection Error");
         add(7, "http://hotfile.com/dl/2/f.rar", "ERROR");
+        add(7, "http://hotfile.com/dl/3/g.rar", "Error");
         QTreeView *grid = m->window.grid();
         grid->expandAll();
         m->window.setFirstVisibleRow(5);
-        click("cmdUp");
-        QCOMPARE(rowsOf(list).mid(1, 2), (QStringList{"1|http://rapidshare.com/files/2/a.zip",
-                                                      "1|http://rapidshare.com/files/1/a.zip"}));
-        // The running row stays; Remove tells of it.
-        click("cmdRemoveSelected");
-        QCOMPARE(list.childCount(1), 39);
-        QCOMPARE(m->prompts.messages.size(), 1);
-        QCOMPARE(m->window.firstVisibleRow(), 5);
-        click("cmdClearError");
-        QCOMPARE(list.childCount(7), 0);
 
         const QPoint body(20, m->window.height() - 20); // the foot, not the grid
         auto turn = [&](int delta) {
@@ -389,6 +382,44 @@ private slots:
         m->window.findChild<SkinButton *>("cmdBrowse")->setFocus();
         QTRY_VERIFY(QApplication::focusWidget() != grid);
         QCOMPARE(turn(-120), 5);
+
+        // Of two ticked waiting rows the upper moves up.
+        auto files = [&](int from, int n) {
+            QStringList names;
+            for (const QString &row : rowsOf(list).mid(from, n))
+                names << row.section('/', -2, -2);
+            return names.join(' ');
+        };
+        click("cmdUp");
+        QCOMPARE(files(1, 4), "2 1 3 4");
+        // The running row stays; Remove tells of it.
+        click("cmdRemoveSelected");
+        QCOMPARE(files(1, 5), "1 4 5 6 7");
+        QCOMPARE(m->prompts.messages.size(), 1);
+        QCOMPARE(m->window.firstVisibleRow(), 5);
+        // Down takes a ticked waiting row past the complete row below it.
+        list.setField(list.childAt(1, 3), Field::CheckBox, "1");
+        list.setField(list.childAt(7, 2), Field::CheckBox, "1");
+        click("cmdDown");
+        QCOMPARE(files(1, 5), "1 4 6 5 7");
+        // Reset makes the ticked error row wait again, so Clear Errors keeps it.
+        click("cmdRedownload");
+        click("cmdClearError");
+        QCOMPARE(list.childCount(7), 1);
+        QCOMPARE(list.childAt(7, 0)->values[int(Field::Status)], "Waiting");
+        click("cmdClearComplete");
+        QCOMPARE(files(1, 4), "1 4 5 7");
+        // Clear refuses while a row is in progress; then it asks.
+        click("cmdClearList");
+        QCOMPARE(list.childCount(1), 37);
+        list.setField(list.childAt(1, 2), Field::IsDownloading, "0");
+        click("cmdClearList");
+        QCOMPARE(m->prompts.told().mid(1),
+                 (QStringList{box("There is one download or more currently running, Please Stop "
+                                  "downloading first."),
+                              box("Are you sure that you want to remove all items?",
+                                  Prompts::Icon::Question, Prompts::Buttons::YesNo)}));
+        QCOMPARE(rowsOf(list), QStringList());
     }
 
     // A link row's menu opens a complete file and its folder and copies the
