@@ -142,7 +142,8 @@ private slots:
             for (int i = 0; i < 4000; ++i)
                 lists[t].addLinkToList(QString("rapidshare.com/files/%1/%2").arg(i).arg(t), 1,
                                        nullptr);
-            whole[t] = (LinkListFile::saveLinkList(lists[t], m_path), readAll(m_path));
+            LinkListFile::saveLinkList(lists[t], m_path);
+            whole[t] = readAll(m_path);
         }
         for (int run = 0; run < 50; ++run) {
             const pid_t child = fork();

@@ -29,7 +29,11 @@ Sandbox::Sandbox()
 
 Sandbox::~Sandbox()
 {
-    for (int i = 0; i < 5; ++i)
-        m_saved[i].isNull() ? qunsetenv(kVars[i]) : qputenv(kVars[i], m_saved[i]);
+    for (int i = 0; i < 5; ++i) {
+        if (m_saved[i].isNull())
+            qunsetenv(kVars[i]);
+        else
+            qputenv(kVars[i], m_saved[i]);
+    }
     SiteHosts::instance().reset();
 }
